@@ -1,0 +1,195 @@
+#include "WindowsManager.h"
+
+#include "NotchGeometry.h"
+
+#include "core/MainThread.h"
+
+#include <QUuid>
+
+namespace kelvane {
+
+using namespace std::chrono_literals;
+
+namespace {
+WindowsManager* s_shared = nullptr;
+constexpr auto rebuildDelay = 1s;
+} // namespace
+
+WindowsManager::WindowsManager(const Dependencies& dependencies, QObject* parent)
+    : QObject(parent)
+    , m_deps(dependencies)
+    , m_general(dependencies.settings, Keys::generalSettings(), this)
+{
+    connect(&m_deps.screens, &ScreenProvider::screenParametersChanged, this,
+            &WindowsManager::screenDidChange);
+    updateLastKnownScreenConfigurations();
+    updateWindows();
+}
+
+WindowsManager::~WindowsManager()
+{
+    tearDown();
+    if (s_shared == this)
+        s_shared = nullptr;
+}
+
+DisplayKit* WindowsManager::displayKit(const QUuid& id) const
+{
+    for (const auto& kit : m_displayKits)
+        if (kit->id == id)
+            return kit.get();
+    return nullptr;
+}
+
+QString WindowsManager::keyOf(const ScreenInfo& screen)
+{
+    // A screen without a number gets a key that matches nothing, so it always counts as changed.
+    return screen.number.value_or(QUuid::createUuid().toString(QUuid::WithoutBraces));
+}
+
+void WindowsManager::tearDown()
+{
+    for (const auto& kit : m_displayKits) {
+        kit->windowController->setResignKeyHandler({});
+        kit->windowController->clearContent();
+        kit->kelvane->cleanup();
+        kit->windowController->close();
+    }
+    m_displayKits.clear();
+}
+
+void WindowsManager::updateWindows()
+{
+    assertMainThread();
+    tearDown();
+    for (const ScreenInfo& screen : m_deps.screens.screens())
+        m_displayKits.push_back(setupDisplayKitForScreen(screen));
+    Q_EMIT displayKitsChanged();
+}
+
+std::unique_ptr<DisplayKit> WindowsManager::setupDisplayKitForScreen(const ScreenInfo& screen)
+{
+    auto kit = std::make_unique<DisplayKit>();
+    kit->id = QUuid::createUuid();
+    kit->screen = screen;
+    const QSizeF ppi = NotchGeometry::pointsPerInch(screen.frame.size(), screen.physicalSizeMm);
+    kit->notchSize = NotchGeometry::rawNotchSize(screen.safeAreaTopInset, ppi);
+    kit->kelvane = std::make_unique<KelvaneState>(m_deps.scheduler, m_deps.settings);
+    kit->viewModel = std::make_unique<NotchViewModel>(
+        NotchViewModel::Screen{kit->notchSize, screen.frame.size(), ppi}, *kit->kelvane, m_deps.settings);
+    kit->controller = std::make_unique<NotchController>(*kit->kelvane, *kit->viewModel, m_deps.settings,
+                                                        m_deps.scheduler, m_deps.haptics,
+                                                        m_deps.trayFileCount);
+
+    const QRectF contentRect =
+        NotchGeometry::windowContentRect(screen.frame.size(), kit->viewModel->windowSize());
+    NotchWindowSpec spec;
+    spec.displayKitId = kit->id;
+    spec.screen = screen;
+    spec.rawNotchSize = kit->notchSize;
+    spec.frame = NotchGeometry::toDesktop(screen.frame, contentRect);
+    spec.kelvane = kit->kelvane.get();
+    spec.viewModel = kit->viewModel.get();
+    spec.controller = kit->controller.get();
+    spec.windowsManager = this;
+    kit->windowController = m_deps.windows.createWindow(spec);
+
+    DisplayKit* raw = kit.get();
+    kit->windowController->setResignKeyHandler([this, raw] { handleResignKey(*raw); });
+    kit->windowController->orderFront();
+    return kit;
+}
+
+void WindowsManager::handleResignKey(DisplayKit& kit)
+{
+    if (m_isTrackingContextMenu)
+        return; // a menu of the notch took the focus
+    if (kit.kelvane->locked())
+        return;
+    if (kit.windowController->isEditingText() && m_general->preventUnhoverCloseWhenTyping)
+        return;
+    kit.kelvane->setMode(KelvaneState::Mode::closed,
+                         m_general->transluscent ? Springs::liquidCloseFootprint : Springs::closePlain);
+}
+
+void WindowsManager::debouncedUpdateWindows()
+{
+    m_updateWindowsWorkItem = m_deps.scheduler.schedule(rebuildDelay, [this] { updateWindows(); });
+}
+
+void WindowsManager::screenDidChange()
+{
+    if (hasSignificantScreenChanges())
+        debouncedUpdateWindows();
+}
+
+bool WindowsManager::hasSignificantScreenChanges()
+{
+    const QList<ScreenInfo> screens = m_deps.screens.screens();
+    if (screens.size() != m_lastKnownScreenConfigurations.size()) {
+        updateLastKnownScreenConfigurations();
+        return true;
+    }
+    for (const ScreenInfo& screen : screens) {
+        const auto stored = m_lastKnownScreenConfigurations.constFind(keyOf(screen));
+        if (stored == m_lastKnownScreenConfigurations.constEnd() ||
+            !(*stored == Configuration::of(screen))) {
+            updateLastKnownScreenConfigurations();
+            return true;
+        }
+    }
+    return false;
+}
+
+void WindowsManager::updateLastKnownScreenConfigurations()
+{
+    m_lastKnownScreenConfigurations.clear();
+    for (const ScreenInfo& screen : m_deps.screens.screens())
+        m_lastKnownScreenConfigurations.insert(keyOf(screen), Configuration::of(screen));
+}
+
+void WindowsManager::showIndicator(const std::optional<Indicator>& indicator, bool onAllScreens)
+{
+    assertMainThread();
+    QObject* main = onAllScreens ? nullptr : m_deps.screens.mainScreen();
+    for (const auto& kit : m_displayKits) {
+        if (!onAllScreens && kit->screen.handle != main)
+            continue;
+        if (kit->kelvane->indicator() != indicator)
+            kit->kelvane->setIndicator(indicator);
+        else if (indicator)
+            kit->kelvane->restartIndicatorTimer();
+    }
+}
+
+void WindowsManager::menuDidBeginTracking()
+{
+    m_menuTrackingEnd.cancel();
+    if (!m_isTrackingContextMenu) {
+        m_isTrackingContextMenu = true;
+        Q_EMIT trackingContextMenuChanged();
+    }
+}
+
+void WindowsManager::menuDidEndTracking()
+{
+    // One loop turn later, so that the focus loss the menu itself causes is still ignored.
+    m_menuTrackingEnd = m_deps.scheduler.post([this] {
+        if (m_isTrackingContextMenu) {
+            m_isTrackingContextMenu = false;
+            Q_EMIT trackingContextMenuChanged();
+        }
+    });
+}
+
+void WindowsManager::showSettings(const QString& pane) { Q_EMIT settingsRequested(pane); }
+
+WindowsManager& WindowsManager::shared()
+{
+    Q_ASSERT_X(s_shared, "WindowsManager::shared", "no instance registered");
+    return *s_shared;
+}
+
+void WindowsManager::setShared(WindowsManager* instance) { s_shared = instance; }
+
+} // namespace kelvane

@@ -1,0 +1,88 @@
+#pragma once
+
+#include "Configuration.h"
+#include "DisplayKit.h"
+#include "HapticFeedback.h"
+#include "Indicator.h"
+#include "NotchWindow.h"
+#include "ScreenProvider.h"
+
+#include "core/Scheduler.h"
+#include "settings/SettingValue.h"
+
+#include <QHash>
+#include <QObject>
+
+#include <functional>
+#include <memory>
+#include <vector>
+
+namespace kelvane {
+
+// Owns one notch window per connected screen, rebuilds them (debounced) when the screens change in
+// a way that matters, and routes level indicators to them.
+class WindowsManager : public QObject {
+    Q_OBJECT
+    Q_PROPERTY(bool isTrackingContextMenu READ isTrackingContextMenu NOTIFY trackingContextMenuChanged)
+public:
+    struct Dependencies {
+        Scheduler& scheduler;
+        SettingsStore& settings;
+        ScreenProvider& screens;
+        NotchWindowFactory& windows;
+        HapticFeedback& haptics;
+        // Files held in the tray, for the notch that opens on the tray when it has any.
+        std::function<int()> trayFileCount;
+    };
+
+    explicit WindowsManager(const Dependencies& dependencies, QObject* parent = nullptr);
+    ~WindowsManager() override;
+
+    const std::vector<std::unique_ptr<DisplayKit>>& displayKits() const { return m_displayKits; }
+    DisplayKit* displayKit(const QUuid& id) const;
+
+    // Closes every notch window and builds one per connected screen, in the system's order.
+    void updateWindows();
+    // One rebuild, one second after the last request.
+    void debouncedUpdateWindows();
+    void screenDidChange();
+    // True when the screen set, a frame, a scale or a colour space differs from the last look
+    // (which is then refreshed).
+    bool hasSignificantScreenChanges();
+    void updateLastKnownScreenConfigurations();
+
+    // Shows a level on the main screen's notch, or on every notch. The same level again keeps it
+    // up one more second.
+    void showIndicator(const std::optional<Indicator>& indicator, bool onAllScreens);
+
+    bool isTrackingContextMenu() const { return m_isTrackingContextMenu; }
+    Q_INVOKABLE void menuDidBeginTracking();
+    Q_INVOKABLE void menuDidEndTracking();
+
+    // Brings the settings forward, optionally on one pane ("general", "tray"...).
+    Q_INVOKABLE void showSettings(const QString& pane = {});
+
+    static WindowsManager& shared();
+    static void setShared(WindowsManager* instance);
+
+Q_SIGNALS:
+    void displayKitsChanged();
+    void trackingContextMenuChanged();
+    void settingsRequested(const QString& pane);
+
+private:
+    std::unique_ptr<DisplayKit> setupDisplayKitForScreen(const ScreenInfo& screen);
+    void handleResignKey(DisplayKit& kit);
+    void tearDown();
+    static QString keyOf(const ScreenInfo& screen);
+
+    Dependencies m_deps;
+    SettingValue<GeneralSettings> m_general;
+    std::vector<std::unique_ptr<DisplayKit>> m_displayKits;
+    ScheduledTask m_updateWindowsWorkItem;
+    ScheduledTask m_menuTrackingEnd;
+    QHash<QString, Configuration> m_lastKnownScreenConfigurations;
+    bool m_isTrackingContextMenu = false;
+};
+
+} // namespace kelvane
