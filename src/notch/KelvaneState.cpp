@@ -75,6 +75,12 @@ void KelvaneState::select(Mode mode)
         setMode(mode, m_transition);
 }
 
+void KelvaneState::selectNamed(const QString& mode)
+{
+    if (const auto parsed = fromRawValue(mode))
+        select(*parsed);
+}
+
 KelvaneState::Mode KelvaneState::preferredOpenMode() const
 {
     return m_settings.value(Keys::preferredOpenMode()) == rawValue(Mode::tray) ? Mode::tray : Mode::tuckle;

@@ -20,6 +20,7 @@ namespace kelvane {
 class KelvaneState : public QObject {
     Q_OBJECT
     Q_PROPERTY(Mode mode READ mode NOTIFY modeChanged)
+    Q_PROPERTY(QString modeName READ modeName NOTIFY modeChanged)
     Q_PROPERTY(bool hidden READ hidden NOTIFY hiddenChanged)
     Q_PROPERTY(bool locked READ locked WRITE setLocked NOTIFY lockedChanged)
     Q_PROPERTY(bool hasIndicator READ hasIndicator NOTIFY indicatorChanged)
@@ -36,10 +37,13 @@ public:
     KelvaneState(Scheduler& scheduler, SettingsStore& settings, QObject* parent = nullptr);
 
     Mode mode() const { return m_mode; }
+    QString modeName() const { return rawValue(m_mode); }
     // Assigns the face, animated with the given spring; nothing happens when it is already shown.
     void setMode(Mode mode, const Spring& spring);
     // Switches the open panel's tab. Only the two tabs are accepted.
     Q_INVOKABLE void select(kelvane::KelvaneState::Mode mode);
+    // The same, by the mode's raw value ("tuckle", "tray"); unknown names are ignored.
+    Q_INVOKABLE void selectNamed(const QString& mode);
 
     // The tab the panel opens on, as stored: the tray when "tray" is stored, otherwise the widgets.
     Mode preferredOpenMode() const;

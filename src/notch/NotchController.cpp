@@ -42,6 +42,12 @@ void NotchController::openNotch(KelvaneState::Mode requested)
     m_kelvane.setMode(mode, spring);
 }
 
+void NotchController::openNotchNamed(const QString& requested)
+{
+    if (const auto mode = KelvaneState::fromRawValue(requested))
+        openNotch(*mode);
+}
+
 void NotchController::closeNotch(bool vibrate, bool unhover)
 {
     assertMainThread();
@@ -67,6 +73,28 @@ void NotchController::hideNotch()
     assertMainThread();
     const Spring spring = m_general->transluscent ? Springs::liquidCloseFootprint : Springs::closePlain;
     m_kelvane.setHidden(true, spring);
+}
+
+} // namespace kelvane
+
+namespace kelvane {
+
+void NotchController::pointerEntered()
+{
+    m_viewModel.setHovering(true);
+    const bool closed = m_kelvane.mode() == KelvaneState::Mode::closed;
+    if ((closed || m_kelvane.hidden()) && m_general->alwaysOpenNotchOnHover)
+        openNotch(KelvaneState::Mode::tuckle);
+}
+
+void NotchController::pointerExited()
+{
+    const auto mode = m_kelvane.mode();
+    const bool openOnTab = mode == KelvaneState::Mode::tuckle || mode == KelvaneState::Mode::tray;
+    if (openOnTab && !m_kelvane.locked())
+        closeNotch(false, true);
+    else
+        m_viewModel.setHovering(false);
 }
 
 } // namespace kelvane

@@ -21,8 +21,15 @@ public:
     // Opens on a face. An ordinary open (hover, click, swipe) asks for the widgets and may land on
     // the tray; a hidden notch is only brought back.
     Q_INVOKABLE void openNotch(kelvane::KelvaneState::Mode requested);
+    // The same, by the mode's raw value ("tuckle", "tray", "dragging"); unknown names are ignored.
+    Q_INVOKABLE void openNotchNamed(const QString& requested);
     Q_INVOKABLE void closeNotch(bool vibrate, bool unhover);
     Q_INVOKABLE void hideNotch();
+
+    // The pointer reached the notch: it pops, and opens when the user wants it to open on hover.
+    Q_INVOKABLE void pointerEntered();
+    // The pointer left the notch or its panel: an open panel closes unless it is locked.
+    Q_INVOKABLE void pointerExited();
 
 private:
     KelvaneState& m_kelvane;

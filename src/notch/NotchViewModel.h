@@ -14,6 +14,7 @@ namespace kelvane {
 class NotchViewModel : public QObject {
     Q_OBJECT
     Q_PROPERTY(State notchState READ notchState NOTIFY notchStateChanged)
+    Q_PROPERTY(bool isDisabled READ isDisabled NOTIFY notchStateChanged)
     Q_PROPERTY(bool hovering READ hovering WRITE setHovering NOTIFY hoveringChanged)
     Q_PROPERTY(bool pressing READ pressing WRITE setPressing NOTIFY pressingChanged)
     Q_PROPERTY(bool isPanning READ isPanning WRITE setPanning NOTIFY isPanningChanged)
@@ -40,6 +41,7 @@ public:
                    QObject* parent = nullptr);
 
     State notchState() const { return m_notchState; }
+    bool isDisabled() const { return m_notchState == State::disabled; }
     // The face for these settings: no notch at all on a screen without one when the user wants
     // notches only where there is a camera housing.
     void update(const GeneralSettings& settings, bool isNonNotch, bool isFullScreen);

@@ -1,0 +1,109 @@
+#include "QuickNotchWindow.h"
+
+#include "notch/NotchGeometry.h"
+#include "notch/NotchController.h"
+#include "notch/NotchViewModel.h"
+#include "notch/WindowsManager.h"
+
+#include "core/Log.h"
+
+#include <QQmlContext>
+#include <QQmlEngine>
+#include <QQuickItem>
+#include <QRegion>
+#include <QScreen>
+
+namespace kelvane {
+
+QuickNotchWindow::QuickNotchWindow(const NotchWindowSpec& spec)
+    : m_view(std::make_unique<QQuickView>())
+    , m_screenFrame(spec.screen.frame)
+    , m_viewModel(spec.viewModel)
+{
+    if (auto* screen = qobject_cast<QScreen*>(spec.screen.handle))
+        m_view->setScreen(screen);
+    m_view->setTitle(QStringLiteral("Kelvane Notch"));
+    m_view->setFlags(Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint |
+                     Qt::NoDropShadowWindowHint);
+    QSurfaceFormat format = m_view->format();
+    format.setAlphaBufferSize(8);
+    m_view->setFormat(format);
+    m_view->setColor(Qt::transparent);
+    m_view->setResizeMode(QQuickView::SizeRootObjectToView);
+    m_view->setGeometry(spec.frame.toAlignedRect());
+    // Until the views have drawn, the window takes no clicks anywhere but on the notch's place.
+    setInputRegion(0, 0, 1, 1);
+
+    m_view->setInitialProperties({
+        {QStringLiteral("kelvane"), QVariant::fromValue(static_cast<QObject*>(spec.kelvane))},
+        {QStringLiteral("viewModel"), QVariant::fromValue(static_cast<QObject*>(spec.viewModel))},
+        {QStringLiteral("controller"), QVariant::fromValue(static_cast<QObject*>(spec.controller))},
+        {QStringLiteral("windowsManager"),
+         QVariant::fromValue(static_cast<QObject*>(spec.windowsManager))},
+        {QStringLiteral("notchWindow"), QVariant::fromValue(static_cast<QObject*>(this))},
+    });
+    m_view->setSource(QUrl(QStringLiteral("qrc:/kelvane/ui/NotchView.qml")));
+    if (m_view->status() == QQuickView::Error) {
+        for (const QQmlError& error : m_view->errors())
+            logLine(u"NotchWindow", error.toString());
+    }
+
+    connect(m_view.get(), &QWindow::activeChanged, this, [this] {
+        const bool active = m_view->isActive();
+        if (m_wasActive && !active && m_resignKey)
+            m_resignKey();
+        m_wasActive = active;
+    });
+    connect(spec.viewModel, &NotchViewModel::sizesChanged, this, &QuickNotchWindow::followWindowSize);
+}
+
+QuickNotchWindow::~QuickNotchWindow()
+{
+    m_resignKey = nullptr;
+    m_view.reset();
+}
+
+void QuickNotchWindow::followWindowSize()
+{
+    const QRectF content = NotchGeometry::windowContentRect(m_screenFrame.size(), m_viewModel->windowSize());
+    const QRect frame = NotchGeometry::toDesktop(m_screenFrame, content).toAlignedRect();
+    if (m_view->geometry() != frame)
+        m_view->setGeometry(frame);
+}
+
+void QuickNotchWindow::setResignKeyHandler(std::function<void()> handler)
+{
+    m_resignKey = std::move(handler);
+}
+
+bool QuickNotchWindow::isEditingText() const
+{
+    const QQuickItem* item = m_view->activeFocusItem();
+    return item && (item->inherits("QQuickTextInput") || item->inherits("QQuickTextEdit"));
+}
+
+void QuickNotchWindow::clearContent()
+{
+    m_view->setSource(QUrl());
+    m_view->engine()->clearComponentCache();
+}
+
+void QuickNotchWindow::close() { m_view->close(); }
+
+void QuickNotchWindow::orderFront()
+{
+    m_view->show();
+    m_view->raise();
+}
+
+void QuickNotchWindow::setInputRegion(double x, double y, double width, double height)
+{
+    // An empty mask would mean "the whole window": keep at least one point.
+    const QRect rect = QRectF(x, y, std::max(width, 1.0), std::max(height, 1.0)).toAlignedRect();
+    if (m_view->mask() != QRegion(rect))
+        m_view->setMask(QRegion(rect));
+}
+
+void QuickNotchWindow::makeKeyWindow() { m_view->requestActivate(); }
+
+} // namespace kelvane

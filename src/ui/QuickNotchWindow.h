@@ -1,0 +1,44 @@
+#pragma once
+
+#include "notch/NotchWindow.h"
+
+#include <QQuickView>
+
+#include <functional>
+#include <memory>
+
+namespace kelvane {
+
+// A notch window drawn with Qt Quick: frameless, above other windows, transparent, shadowless and
+// kept out of the task bar. Outside the notch's current shape it lets the pointer through.
+class QuickNotchWindow final : public QObject, public NotchWindow {
+    Q_OBJECT
+public:
+    explicit QuickNotchWindow(const NotchWindowSpec& spec);
+    ~QuickNotchWindow() override;
+
+    void setResignKeyHandler(std::function<void()> handler) override;
+    bool isEditingText() const override;
+    void clearContent() override;
+    void close() override;
+    void orderFront() override;
+
+    QQuickView* view() const { return m_view.get(); }
+
+    // The part of the window that takes the pointer, in window coordinates; the views keep it on
+    // the notch's shape as it animates.
+    Q_INVOKABLE void setInputRegion(double x, double y, double width, double height);
+    // Asks the window for keyboard focus (a text field of the panel was clicked).
+    Q_INVOKABLE void makeKeyWindow();
+
+private:
+    void followWindowSize();
+
+    std::unique_ptr<QQuickView> m_view;
+    std::function<void()> m_resignKey;
+    QRectF m_screenFrame;
+    NotchViewModel* m_viewModel;
+    bool m_wasActive = false;
+};
+
+} // namespace kelvane

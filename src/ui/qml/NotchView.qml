@@ -1,0 +1,100 @@
+import QtQuick
+import Kelvane
+
+// The notch of one screen: a black shape hanging from the top edge that pops when hovered, widens
+// for a level indicator, opens into the panel, and collapses away when hidden.
+Item {
+    id: root
+
+    required property KelvaneState kelvane
+    required property NotchViewModel viewModel
+    required property NotchController controller
+    required property WindowsManager windowsManager
+    required property NotchWindow notchWindow
+
+    readonly property bool isOpen: kelvane.modeName !== "closed"
+    readonly property size drawn: viewModel.drawnNotchSize
+    readonly property real indicatorWing: kelvane.hasIndicator && !isOpen ? drawn.height * 2.5 : 0
+
+    readonly property real targetWidth: kelvane.hidden ? 0
+        : isOpen ? viewModel.openFootprint.width
+        : (drawn.width + 2 * indicatorWing) * viewModel.hoverScale
+    readonly property real targetHeight: kelvane.hidden ? 0
+        : isOpen ? viewModel.openFootprint.height
+        : drawn.height * viewModel.hoverScale
+    readonly property real cornerRadius: Math.min(shape.height / 2, isOpen ? 24 : drawn.height * 0.35)
+
+    SpringValue { id: widthSpring; spring: root.kelvane.transition; target: root.targetWidth }
+    SpringValue { id: heightSpring; spring: root.kelvane.transition; target: root.targetHeight }
+
+    // The pointer is taken on the shape as drawn and on where it is going, nowhere else.
+    readonly property rect inputRect: {
+        if (viewModel.isDisabled)
+            return Qt.rect(0, 0, 1, 1)
+        if (kelvane.hidden)
+            return Qt.rect((width - drawn.width) / 2, 0, drawn.width, 2)
+        const w = Math.max(widthSpring.value, targetWidth)
+        const h = Math.max(heightSpring.value, targetHeight)
+        return Qt.rect((width - w) / 2, 0, w, h)
+    }
+    onInputRectChanged: notchWindow.setInputRegion(inputRect.x, inputRect.y, inputRect.width, inputRect.height)
+    Component.onCompleted: notchWindow.setInputRegion(inputRect.x, inputRect.y, inputRect.width, inputRect.height)
+
+    // The top edge of a hidden notch brings it back.
+    Item {
+        visible: root.kelvane.hidden && !root.viewModel.isDisabled
+        x: (root.width - root.drawn.width) / 2
+        width: root.drawn.width
+        height: 2
+        HoverHandler { onHoveredChanged: if (hovered) root.controller.pointerEntered() }
+        TapHandler { onTapped: root.controller.openNotchNamed("tuckle") }
+    }
+
+    Item {
+        id: shape
+        visible: !root.viewModel.isDisabled && width > 0.5 && height > 0.5
+        x: (root.width - width) / 2
+        y: 0
+        width: Math.max(0, widthSpring.value)
+        height: Math.max(0, heightSpring.value)
+
+        Rectangle { anchors.fill: parent; color: "black"; radius: root.cornerRadius }
+        // The top corners stay square: the shape hangs from the screen's edge.
+        Rectangle { width: parent.width; height: Math.min(parent.height, root.cornerRadius); color: "black" }
+
+        HoverHandler {
+            onHoveredChanged: hovered ? root.controller.pointerEntered() : root.controller.pointerExited()
+        }
+        TapHandler {
+            onTapped: if (!root.isOpen) root.controller.openNotchNamed("tuckle")
+        }
+
+        // Level indicator in the closed notch's right wing.
+        Rectangle {
+            visible: root.indicatorWing > 0 && shape.width > root.drawn.width + root.indicatorWing
+            anchors.right: parent.right
+            anchors.rightMargin: root.indicatorWing * 0.2
+            anchors.verticalCenter: parent.verticalCenter
+            width: root.indicatorWing * 0.6
+            height: 4
+            radius: 2
+            color: "#555555"
+            Rectangle {
+                width: parent.width * Math.max(0, Math.min(1, root.kelvane.indicatorValue.value))
+                height: parent.height
+                radius: 2
+                color: "white"
+            }
+        }
+
+        PanelContent {
+            anchors.fill: parent
+            anchors.topMargin: root.drawn.height
+            anchors.margins: root.viewModel.contentPadding
+            kelvane: root.kelvane
+            opacity: root.isOpen && shape.height > root.viewModel.openFootprint.height * 0.6 ? 1 : 0
+            visible: opacity > 0
+            Behavior on opacity { NumberAnimation { duration: 120 } }
+        }
+    }
+}

@@ -1,0 +1,44 @@
+import QtQuick
+import Kelvane
+
+// The open panel: the two tabs and, for now, what each of them holds.
+Item {
+    id: panel
+    required property KelvaneState kelvane
+    readonly property string mode: kelvane.modeName
+
+    Row {
+        id: tabs
+        anchors.horizontalCenter: parent.horizontalCenter
+        spacing: 8
+        visible: panel.mode !== "dragging"
+        Repeater {
+            model: [{ name: "tuckle", title: "Tuckle" }, { name: "tray", title: "Tray" }]
+            delegate: Rectangle {
+                required property var modelData
+                width: label.implicitWidth + 20
+                height: label.implicitHeight + 8
+                radius: height / 2
+                color: panel.mode === modelData.name ? "#3a3a3c" : "transparent"
+                Text {
+                    id: label
+                    anchors.centerIn: parent
+                    text: parent.modelData.title
+                    color: "white"
+                    font.pixelSize: 12
+                }
+                TapHandler { onTapped: panel.kelvane.selectNamed(parent.modelData.name) }
+            }
+        }
+    }
+
+    Text {
+        anchors.centerIn: parent
+        anchors.verticalCenterOffset: tabs.height / 2
+        color: "#a0a0a5"
+        font.pixelSize: 13
+        text: panel.mode === "tray" ? "Drop files here to keep them in the tray"
+            : panel.mode === "dragging" ? "Release to keep in the tray"
+            : "Widgets"
+    }
+}
