@@ -1,0 +1,235 @@
+#include "notch/WindowsManager.h"
+
+#include "core/ManualScheduler.h"
+#include "support/FakeNotchWindowFactory.h"
+#include "support/FakeScreenProvider.h"
+
+#include <QSignalSpy>
+
+#include <gtest/gtest.h>
+
+using namespace kelvane;
+using namespace kelvane::test;
+using namespace std::chrono_literals;
+using Mode = KelvaneState::Mode;
+
+namespace {
+struct Fixture {
+    QObject builtIn;
+    QObject external;
+    ManualScheduler sched;
+    InMemorySettingsDomain domain;
+    SettingsStore settings{domain};
+    FakeScreenProvider screens;
+    FakeNotchWindowFactory windows;
+    NullHapticFeedback haptics;
+    std::unique_ptr<WindowsManager> manager;
+
+    ScreenInfo builtInScreen() const
+    {
+        // A notebook panel with a camera housing 32 points high.
+        return FakeScreenProvider::screen("eDP-1", {0, 0, 1512, 982}, const_cast<QObject*>(&builtIn),
+                                          QSizeF(302.4, 196.4), 32);
+    }
+    ScreenInfo externalScreen() const
+    {
+        return FakeScreenProvider::screen("HDMI-1", {1512, 0, 1280, 800}, const_cast<QObject*>(&external));
+    }
+
+    Fixture()
+    {
+        screens.setScreens({builtInScreen(), externalScreen()}, false);
+        screens.setMainScreen(&builtIn);
+        manager = std::make_unique<WindowsManager>(
+            WindowsManager::Dependencies{sched, settings, screens, windows, haptics, [] { return 0; }});
+    }
+    DisplayKit& kit(int i) const { return *manager->displayKits().at(static_cast<std::size_t>(i)); }
+};
+} // namespace
+
+TEST(WindowsManager, BuildsOneShownWindowPerScreenAtTheTopCentre)
+{
+    Fixture f;
+    ASSERT_EQ(f.manager->displayKits().size(), 2u);
+    ASSERT_EQ(f.windows.records.size(), 2u);
+
+    const DisplayKit& builtIn = f.kit(0);
+    EXPECT_NEAR(builtIn.notchSize.width(), 1512 * 25.4 / 302.4 * 1.44313723, 1e-9);
+    EXPECT_EQ(builtIn.notchSize.height(), 32);
+    EXPECT_EQ(f.kit(1).notchSize, QSizeF(0, 0));
+
+    for (int i = 0; i < 2; ++i) {
+        const auto& record = *f.windows.records[static_cast<std::size_t>(i)];
+        const QRectF screen = f.kit(i).screen.frame;
+        EXPECT_TRUE(record.shown);
+        EXPECT_EQ(record.spec.displayKitId, f.kit(i).id);
+        EXPECT_EQ(record.spec.kelvane, f.kit(i).kelvane.get());
+        EXPECT_DOUBLE_EQ(record.spec.frame.center().x(), screen.center().x());
+        EXPECT_EQ(record.spec.frame.top(), screen.top() - 1);
+        EXPECT_EQ(record.spec.frame.size(), f.kit(i).viewModel->windowSize());
+    }
+    EXPECT_NE(f.kit(0).id, f.kit(1).id);
+}
+
+TEST(WindowsManager, OnlyFrameScaleColourSpaceOrScreenSetChangesAreSignificant)
+{
+    struct Case {
+        const char* what;
+        std::function<void(QList<ScreenInfo>&)> change;
+        bool significant;
+    };
+    const Case cases[] = {
+        {"nothing (wallpaper, window arrangement)", [](auto&) {}, false},
+        {"resolution", [](auto& s) { s[1].frame.setSize({1920, 1080}); }, true},
+        {"arrangement of displays", [](auto& s) { s[1].frame.moveTo(-1280, 0); }, true},
+        {"scale", [](auto& s) { s[0].backingScaleFactor = 2; }, true},
+        {"colour space", [](auto& s) { s[0].colorSpace = "Display P3"; }, true},
+        {"missing colour space is the generic one", [](auto& s) { s[0].colorSpace = "genericDevice"; }, false},
+        {"unplugged", [](auto& s) { s.removeLast(); }, true},
+        {"other display, same count", [](auto& s) { s[1].number = "DP-2"; }, true},
+        {"display without a number", [](auto& s) { s[1].number.reset(); }, true},
+        {"physical size only", [](auto& s) { s[1].physicalSizeMm = QSizeF(1, 1); }, false},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        Fixture f;
+        QList<ScreenInfo> screens = f.screens.screens();
+        c.change(screens);
+        f.screens.setScreens(screens, false);
+        EXPECT_EQ(f.manager->hasSignificantScreenChanges(), c.significant);
+        // Once looked at, the same set is no longer news (except a screen without a number).
+        EXPECT_EQ(f.manager->hasSignificantScreenChanges(), std::string(c.what) == "display without a number");
+    }
+}
+
+TEST(WindowsManager, ABurstOfScreenChangesRebuildsOnceASecondAfterTheLast)
+{
+    Fixture f;
+    QSignalSpy rebuilds(f.manager.get(), &WindowsManager::displayKitsChanged);
+    const QUuid before = f.kit(0).id;
+
+    f.screens.setScreens({f.builtInScreen()});                       // unplugged
+    f.sched.advance(400ms);
+    f.screens.setScreens({f.builtInScreen(), f.externalScreen()});   // plugged back
+    f.sched.advance(400ms);
+    f.screens.setScreens({f.builtInScreen(), f.externalScreen()});   // no change: no new delay
+    f.sched.advance(599ms);
+    EXPECT_EQ(rebuilds.count(), 0);
+    f.sched.advance(1ms);
+    EXPECT_EQ(rebuilds.count(), 1);
+    EXPECT_NE(f.kit(0).id, before);
+    f.sched.advance(10s);
+    EXPECT_EQ(rebuilds.count(), 1);
+}
+
+TEST(WindowsManager, RebuildClosesEverythingAndStartsEachNotchAfresh)
+{
+    Fixture f;
+    f.kit(0).kelvane->setMode(Mode::tray, Springs::animation);
+    f.kit(0).kelvane->setIndicator(Indicator{Indicator::Kind::volume, "speaker", 0.3});
+    f.kit(1).kelvane->setHidden(true);
+    const auto oldRecords = f.windows.records;
+
+    f.manager->updateWindows();
+
+    for (const auto& record : oldRecords) {
+        EXPECT_TRUE(record->closed);
+        EXPECT_TRUE(record->contentCleared);
+        EXPECT_FALSE(record->resignKey) << "the focus observer is removed";
+    }
+    ASSERT_EQ(f.windows.records.size(), 4u);
+    EXPECT_EQ(f.kit(0).kelvane->mode(), Mode::closed);
+    EXPECT_FALSE(f.kit(0).kelvane->indicator());
+    EXPECT_FALSE(f.kit(1).kelvane->hidden());
+    EXPECT_EQ(f.sched.pendingCount(), 0u) << "no timer of the old notches survives";
+}
+
+TEST(WindowsManager, LosingFocusClosesTheNotchUnlessSomethingHoldsItOpen)
+{
+    struct Case {
+        const char* what;
+        bool menu;
+        bool locked;
+        bool editing;
+        bool preventWhenTyping;
+        bool glass;
+        bool closes;
+    };
+    const Case cases[] = {
+        {"plain", false, false, false, true, false, true},
+        {"glass look", false, false, false, true, true, true},
+        {"context menu open", true, false, false, true, false, false},
+        {"locked", false, true, false, true, false, false},
+        {"typing", false, false, true, true, false, false},
+        {"typing, closing allowed", false, false, true, false, false, true},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        Fixture f;
+        f.settings.update(Keys::generalSettings(), [&](auto& g) {
+            g.preventUnhoverCloseWhenTyping = c.preventWhenTyping;
+            g.transluscent = c.glass;
+        });
+        DisplayKit& kit = f.kit(0);
+        kit.kelvane->setMode(Mode::tuckle, Springs::animation);
+        kit.kelvane->setLocked(c.locked);
+        f.windows.records[0]->editingText = c.editing;
+        if (c.menu)
+            f.manager->menuDidBeginTracking();
+        f.windows.records[0]->loseFocus();
+        EXPECT_EQ(kit.kelvane->mode(), c.closes ? Mode::closed : Mode::tuckle);
+        if (c.closes) {
+            EXPECT_EQ(kit.kelvane->transition(), c.glass ? Springs::liquidCloseFootprint : Springs::closePlain);
+        }
+    }
+}
+
+// The menu's own focus change arrives after it ends; it must still be ignored.
+TEST(WindowsManager, MenuTrackingEndsOneLoopTurnLater)
+{
+    Fixture f;
+    f.kit(0).kelvane->setMode(Mode::tray, Springs::animation);
+    f.manager->menuDidBeginTracking();
+    f.manager->menuDidEndTracking();
+    EXPECT_TRUE(f.manager->isTrackingContextMenu());
+    f.windows.records[0]->loseFocus();
+    EXPECT_EQ(f.kit(0).kelvane->mode(), Mode::tray);
+    f.sched.runPending();
+    EXPECT_FALSE(f.manager->isTrackingContextMenu());
+    f.windows.records[0]->loseFocus();
+    EXPECT_EQ(f.kit(0).kelvane->mode(), Mode::closed);
+}
+
+TEST(WindowsManager, IndicatorsGoToTheMainScreenOrToAll)
+{
+    const Indicator level{Indicator::Kind::brightness, "sun.max", 0.75};
+    {
+        Fixture f;
+        f.manager->showIndicator(level, false);
+        EXPECT_EQ(f.kit(0).kelvane->indicator(), level);
+        EXPECT_FALSE(f.kit(1).kelvane->indicator());
+        f.manager->showIndicator(level, true);
+        EXPECT_EQ(f.kit(1).kelvane->indicator(), level);
+    }
+    {
+        Fixture f;
+        QObject elsewhere;
+        f.screens.setMainScreen(&elsewhere); // no notch on the main screen
+        f.manager->showIndicator(level, false);
+        EXPECT_FALSE(f.kit(0).kelvane->indicator());
+        EXPECT_FALSE(f.kit(1).kelvane->indicator());
+    }
+}
+
+TEST(WindowsManager, PressingTheSameKeyTwiceKeepsTheIndicatorUpASecondAfterTheSecondPress)
+{
+    Fixture f;
+    const Indicator louder{Indicator::Kind::volume, "speaker.wave.3", 0.625};
+    f.manager->showIndicator(louder, false);
+    f.sched.advance(600ms);
+    f.manager->showIndicator(louder, false); // at the top already: the same level again
+    f.sched.advance(999ms);
+    EXPECT_EQ(f.kit(0).kelvane->indicator(), louder);
+    f.sched.advance(1ms);
+    EXPECT_FALSE(f.kit(0).kelvane->indicator());
+}

@@ -1,0 +1,209 @@
+#include "settings/SettingValue.h"
+#include "settings/SettingsStore.h"
+
+#include <QSignalSpy>
+
+#include <gtest/gtest.h>
+
+#include <memory>
+
+using namespace kelvane;
+
+namespace {
+struct Fixture {
+    InMemorySettingsDomain domain;
+    SettingsStore store{domain};
+};
+
+template <class R>
+QString text(const R& record)
+{
+    return json::toJsonText(record);
+}
+} // namespace
+
+TEST(SettingsStore, FreshDomainReadsEveryDefault)
+{
+    Fixture f;
+    const SettingsStore& s = f.store;
+    EXPECT_TRUE(s.value(Keys::intro()));
+    EXPECT_EQ(s.value(Keys::lastVersionNumber()), "0");
+    EXPECT_EQ(s.value(Keys::preferredOpenMode()), "tuckle");
+    EXPECT_FALSE(s.value(Keys::autoOpenTrayWithFiles()));
+    EXPECT_FALSE(s.value(Keys::rememberLastOpenTab()));
+    EXPECT_EQ(s.value(Keys::defaultMirrorDevice()), "");
+    EXPECT_TRUE(s.value(Keys::mirrorCameraInputWhenAvail()));
+
+    const GeneralSettings general = s.value(Keys::generalSettings());
+    EXPECT_EQ(general.showInFullscreen, FullscreenOption::notchedScreens);
+    EXPECT_EQ(general.handleSize, QSizeF(184, 8));
+    EXPECT_TRUE(general.enableOnNonNotchScreens && general.preventUnhoverCloseWhenTyping);
+    EXPECT_EQ(general.preferredMediaSource, MediaSource::systemWide);
+
+    EXPECT_EQ(s.value(Keys::tuckleSettings()).enabledWidgets,
+              (std::vector<TuckleWidget>{TuckleWidget::media, TuckleWidget::mirror}));
+    EXPECT_EQ(s.value(Keys::liveActivitiesSettings()).enabledLiveActivities,
+              (std::set<LiveActivity>{LiveActivity::tray, LiveActivity::media}));
+    EXPECT_EQ(s.value(Keys::liveActivitiesSettings()).inactivityTimeoutInSecs, 10);
+    EXPECT_EQ(s.value(Keys::mediaLiveActivitySettings()).selectedGIF,
+              json::allCases<PredefinedGIF>()[3]);
+    EXPECT_EQ(s.value(Keys::calendarLiveActivitySettings()).appearanceMode, AppearanceMode::constant());
+    EXPECT_EQ(s.value(Keys::batteryLiveActivitySettings()).lowBatteryThreshold, 20);
+    EXPECT_EQ(s.value(Keys::notesWidgetSettings()).defaultCodeModeLanguage, "markdown");
+    EXPECT_EQ(s.value(Keys::shortcutsWidgetSettings()).shortcutButtonWidth.value, 4);
+    EXPECT_EQ(s.value(Keys::liquidBasicSettings()).rimColor, GlassRGBA::rgba(1, 1, 1, 0.9));
+
+    struct SizeCase {
+        const char* key;
+        TuckleGrid::Size size;
+        TuckleGrid::Size expected;
+    };
+    const SizeCase sizes[] = {
+        {"tuckle", s.value(Keys::tuckleSettings()).size, TuckleGrid::Size::cells(11, 2)},
+        {"tray", s.value(Keys::traySettings()).size, TuckleGrid::Size::cells(11, 2)},
+        {"dropArea", s.value(Keys::dropAreaSettings()).size, TuckleGrid::Size::cells(11, 2)},
+        {"media", s.value(Keys::mediaWidgetSettings()).size, TuckleGrid::Size::cells(5, 2)},
+        {"calendar", s.value(Keys::calendarWidgetSettings()).size, TuckleGrid::Size::cells(5, 3)},
+        {"shortcuts", s.value(Keys::shortcutsWidgetSettings()).size, TuckleGrid::Size::cells(4, 2)},
+        {"mirror", s.value(Keys::mirrorWidgetSettings()).size, TuckleGrid::Size::cells(2, 2)},
+        {"notes", s.value(Keys::notesWidgetSettings()).size, TuckleGrid::Size::cells(5, 2)},
+        {"todoList", s.value(Keys::todoListWidgetSettings()).size, TuckleGrid::Size::cells(4, 2)},
+        {"quickApps", s.value(Keys::quickAppsWidgetSettings()).size, TuckleGrid::Size::cells(4, 2)},
+        {"timer", s.value(Keys::timerWidgetSettings()).size, TuckleGrid::Size::cells(6, 3)},
+    };
+    for (const SizeCase& c : sizes)
+        EXPECT_EQ(c.size, c.expected) << c.key;
+}
+
+// Code that reads the domain itself sees the registered defaults too, and registration never hides
+// what the user stored.
+TEST(SettingsStore, RegistrationServesDirectReadsWithoutOverwriting)
+{
+    InMemorySettingsDomain domain;
+    domain.setValue("rememberLastOpenTab", true);
+    SettingsStore store(domain);
+    EXPECT_EQ(domain.value("intro"), QVariant(true));
+    EXPECT_EQ(json::fromJsonText<TuckleSettings>(domain.value("tuckleSettings").toString()), TuckleSettings{});
+    EXPECT_FALSE(domain.contains("intro"));
+    EXPECT_TRUE(store.value(Keys::rememberLastOpenTab()));
+    SettingsStore again(domain);
+    EXPECT_TRUE(again.value(Keys::rememberLastOpenTab()));
+}
+
+TEST(SettingsStore, UndecodableValueReadsDefaultAndStaysStoredUntilTheNextWrite)
+{
+    Fixture f;
+    const QString broken = R"({"demoMode":true})";
+    f.domain.setValue("generalSettings", broken);
+    EXPECT_EQ(f.store.value(Keys::generalSettings()), GeneralSettings{});
+    EXPECT_EQ(f.domain.value("generalSettings").toString(), broken);
+
+    f.store.update(Keys::generalSettings(), [](GeneralSettings& g) { g.lockKVWhenTyping = true; });
+    GeneralSettings expected;
+    expected.lockKVWhenTyping = true;
+    EXPECT_EQ(f.store.value(Keys::generalSettings()), expected) << "the update starts from the default";
+
+    struct FlagCase {
+        QVariant stored;
+        bool expected;
+    };
+    // Flags come back as text from a text-based domain.
+    const FlagCase flags[] = {{"true", true}, {"false", false}, {"0", false}, {"1", true},
+                              {"maybe", true}, {QVariant(3.5), true}, {QVariant(false), false}};
+    for (const FlagCase& c : flags) {
+        f.domain.setValue("intro", c.stored);
+        EXPECT_EQ(f.store.value(Keys::intro()), c.expected) << c.stored.toString().toStdString();
+    }
+    f.domain.setValue("lastVersionNumber", QVariant(12));
+    EXPECT_EQ(f.store.value(Keys::lastVersionNumber()), "0") << "a number is not a version string";
+}
+
+TEST(SettingsStore, RawValuesAndAssociatedValuesRoundTrip)
+{
+    Fixture f;
+    GeneralSettings general;
+    general.preferredMediaSource = MediaSource::spotify;
+    f.store.setValue(Keys::generalSettings(), general);
+    EXPECT_TRUE(f.domain.value("generalSettings").toString().contains(R"("preferredMediaSource":"com.spotify.client")"));
+    EXPECT_EQ(f.store.value(Keys::generalSettings()).preferredMediaSource, MediaSource::spotify);
+
+    f.store.update(Keys::calendarLiveActivitySettings(),
+                   [](auto& c) { c.appearanceMode = AppearanceMode::periodic(30); });
+    EXPECT_TRUE(f.domain.value("calendarLiveActivitySettings").toString().contains(R"("appearanceMode":{"periodic":{"interval":30}})"));
+    const auto mode = f.store.value(Keys::calendarLiveActivitySettings()).appearanceMode;
+    EXPECT_EQ(mode.kind, AppearanceMode::Kind::periodic);
+    EXPECT_EQ(mode.interval, 30.0);
+}
+
+// Subscribers hear every write of their key, whoever wrote it, and nothing else.
+TEST(SettingsStore, SubscribersHearEveryWriteFromAnyWriter)
+{
+    Fixture f;
+    auto context = std::make_unique<QObject>();
+    std::vector<bool> seen;
+    f.store.subscribe<GeneralSettings>(Keys::generalSettings(), context.get(),
+                                       [&](const GeneralSettings& g) { seen.push_back(g.demoMode); });
+
+    GeneralSettings demo;
+    demo.demoMode = true;
+    f.store.setValue(Keys::generalSettings(), demo);                     // through the store
+    f.domain.setValue("generalSettings", text(GeneralSettings{}));       // straight into the domain
+    f.domain.setValue("generalSettings", "not json");                    // undecodable: the default
+    f.store.setValue(Keys::generalSettings(), demo);                     // same value again
+    f.store.setValue(Keys::intro(), false);                              // another key
+    EXPECT_EQ(seen, (std::vector<bool>{true, false, false, true}));
+
+    context.reset();
+    f.store.setValue(Keys::generalSettings(), GeneralSettings{});
+    EXPECT_EQ(seen.size(), 4u);
+
+    auto owner = std::make_unique<QObject>();
+    SettingValue<GeneralSettings> cached(f.store, Keys::generalSettings(), owner.get());
+    f.domain.setValue("generalSettings", text(demo));
+    EXPECT_TRUE(cached->demoMode);
+}
+
+TEST(SettingsStore, ResetRestoresOnlyItsOwnListOneWriteEach)
+{
+    Fixture f;
+    f.store.setValue(Keys::intro(), false);
+    f.store.setValue(Keys::lastVersionNumber(), QString("2.1"));
+    f.store.setValue(Keys::preferredOpenMode(), QString("tray"));
+    f.store.setValue(Keys::rememberLastOpenTab(), true);
+    f.store.update(Keys::generalSettings(), [](auto& r) { r.demoMode = true; });
+    f.store.update(Keys::gestureControlSettings(), [](auto& r) { r.allowGestures = false; });
+    f.store.update(Keys::liveActivitiesSettings(), [](auto& r) { r.enabled = false; });
+    f.store.update(Keys::mediaLiveActivitySettings(), [](auto& r) { r.gifScale = 2; });
+    f.store.update(Keys::tuckleSettings(), [](auto& r) { r.showDividers = false; });
+    f.store.update(Keys::traySettings(), [](auto& r) { r.size = TuckleGrid::Size::cells(6, 3); });
+    f.store.update(Keys::mirrorWidgetSettings(), [](auto& r) { r.size = TuckleGrid::Size::cells(3, 3); });
+    f.store.update(Keys::timerWidgetSettings(), [](auto& r) { r.playSound = false; });
+    f.store.update(Keys::calendarLiveActivitySettings(), [](auto& r) { r.preEventWindow = 5; });
+    f.store.update(Keys::liquidBasicSettings(), [](auto& r) { r.frost = 0.4; });
+
+    QSignalSpy writes(&f.domain, &SettingsDomain::valueChanged);
+    f.store.resetDefaults();
+
+    QStringList written;
+    for (const auto& args : writes)
+        written << args.at(0).toString();
+    EXPECT_EQ(written, (QStringList{"intro", "mediaLiveActivitySettings", "liveActivitiesSettings",
+                                    "generalSettings", "mediaWidgetSettings", "shortcutsWidgetSettings",
+                                    "mirrorWidgetSettings", "gestureControlSettings", "tuckleSettings",
+                                    "traySettings", "dropAreaSettings"}));
+
+    EXPECT_TRUE(f.store.value(Keys::intro()));
+    EXPECT_FALSE(f.store.value(Keys::generalSettings()).demoMode);
+    EXPECT_TRUE(f.store.value(Keys::gestureControlSettings()).allowGestures);
+    EXPECT_TRUE(f.store.value(Keys::liveActivitiesSettings()).enabled);
+    EXPECT_EQ(f.store.value(Keys::mediaLiveActivitySettings()).gifScale, 1);
+    EXPECT_EQ(f.store.value(Keys::traySettings()).size, TuckleGrid::Size::cells(11, 2));
+    EXPECT_EQ(f.store.value(Keys::mirrorWidgetSettings()).size, TuckleGrid::Size::cells(2, 2));
+    // Kept as the user left them.
+    EXPECT_FALSE(f.store.value(Keys::timerWidgetSettings()).playSound);
+    EXPECT_EQ(f.store.value(Keys::calendarLiveActivitySettings()).preEventWindow, 5);
+    EXPECT_EQ(f.store.value(Keys::liquidBasicSettings()).frost, 0.4);
+    EXPECT_EQ(f.store.value(Keys::lastVersionNumber()), "2.1");
+    EXPECT_EQ(f.store.value(Keys::preferredOpenMode()), "tray");
+    EXPECT_TRUE(f.store.value(Keys::rememberLastOpenTab()));
+}

@@ -1,0 +1,24 @@
+#pragma once
+
+// Lets GoogleTest print Qt values in failure messages and traces. Included into every test.
+
+#include <QRectF>
+#include <QSizeF>
+#include <QString>
+#include <QStringList>
+#include <QVariant>
+
+#include <ostream>
+
+inline std::ostream& operator<<(std::ostream& os, const QString& s) { return os << s.toStdString(); }
+inline void PrintTo(const QString& s, std::ostream* os) { *os << '"' << s.toStdString() << '"'; }
+inline void PrintTo(const QStringList& l, std::ostream* os)
+{
+    *os << '[' << l.join(QStringLiteral(", ")).toStdString() << ']';
+}
+inline void PrintTo(const QSizeF& s, std::ostream* os) { *os << s.width() << 'x' << s.height(); }
+inline void PrintTo(const QRectF& r, std::ostream* os)
+{
+    *os << r.width() << 'x' << r.height() << '+' << r.x() << '+' << r.y();
+}
+inline void PrintTo(const QVariant& v, std::ostream* os) { *os << v.toString().toStdString(); }
