@@ -1,0 +1,144 @@
+#include "notch/WindowsManager.h"
+#include "platform/linux/QtScreenProvider.h"
+#include "ui/QuickNotchWindow.h"
+#include "ui/QuickNotchWindowFactory.h"
+
+#include "core/QtScheduler.h"
+#include "support/Polling.h"
+#include "support/XvfbServer.h"
+
+#include <QElapsedTimer>
+#include <QMouseEvent>
+#include <QRegularExpression>
+#include <QSignalSpy>
+#include <QWindow>
+
+#include <gtest/gtest.h>
+
+using namespace kelvane;
+using kelvane::test::XvfbServer;
+using kelvane::test::waitUntil;
+
+namespace {
+// The real agent's pieces on a real X server with two monitors.
+struct Agent {
+    QtScheduler scheduler;
+    InMemorySettingsDomain domain;
+    SettingsStore settings{domain};
+    QtScreenProvider screens;
+    QuickNotchWindowFactory factory;
+    NullHapticFeedback haptics;
+    WindowsManager manager{{scheduler, settings, screens, factory, haptics, [] { return 0; }}};
+};
+
+// The notch windows as the X server has them: "WxH+X+Y" per window, in stacking order.
+QStringList mappedNotchWindows()
+{
+    QString tree;
+    XvfbServer::current()->run("xwininfo", {"-root", "-tree"}, &tree);
+    QStringList geometries;
+    static const QRegularExpression line(R"re("Kelvane Notch[^"]*".*\)\s+(\d+x\d+[+-]-?\d+[+-]-?\d+))re");
+    for (const QString& row : tree.split('\n')) {
+        const auto match = line.match(row);
+        if (match.hasMatch())
+            geometries << match.captured(1);
+    }
+    geometries.sort();
+    return geometries;
+}
+
+class ClickCounter : public QWindow {
+public:
+    int presses = 0;
+
+protected:
+    void mousePressEvent(QMouseEvent*) override { ++presses; }
+};
+
+void click(int x, int y)
+{
+    XvfbServer::current()->run("xdotool", {"mousemove", QString::number(x), QString::number(y), "click", "1"});
+}
+} // namespace
+
+TEST(NotchWindow, OneFramelessWindowStandsAtTheTopCentreOfEachMonitor)
+{
+    Agent agent;
+    // 620x178: the default panel (550x157) with room for the liveliest spring's overshoot.
+    ASSERT_TRUE(waitUntil([] { return mappedNotchWindows().size() == 2; }));
+    EXPECT_EQ(mappedNotchWindows(), (QStringList{"620x178+1842+-1", "620x178+446+-1"}));
+
+    for (const auto& kit : agent.manager.displayKits()) {
+        auto* window = dynamic_cast<QuickNotchWindow*>(kit->windowController.get());
+        ASSERT_NE(window, nullptr);
+        const Qt::WindowFlags flags = window->view()->flags();
+        EXPECT_TRUE(flags & Qt::FramelessWindowHint);
+        EXPECT_TRUE(flags & Qt::WindowStaysOnTopHint);
+        EXPECT_TRUE(flags & Qt::NoDropShadowWindowHint);
+        EXPECT_EQ(window->view()->color(), QColor(Qt::transparent));
+        EXPECT_EQ(window->view()->status(), QQuickView::Ready);
+    }
+}
+
+// The window is far larger than the closed notch; everywhere else the pointer belongs to the
+// application underneath.
+TEST(NotchWindow, TransparentPartLetsClicksThroughAndTheNotchTakesItsOwn)
+{
+    ClickCounter below;
+    below.setGeometry(0, 0, 1512, 400);
+    below.show();
+    ASSERT_TRUE(waitUntil([&] { return below.isExposed(); }));
+
+    Agent agent;
+    agent.settings.update(Keys::generalSettings(), [](auto& g) { g.alwaysOpenNotchOnHover = false; });
+    ASSERT_TRUE(waitUntil([] { return mappedNotchWindows().size() == 2; }));
+    KelvaneState& kelvane = *agent.manager.displayKits().front()->kelvane;
+
+    click(500, 150); // inside the notch window's frame, outside the notch
+    ASSERT_TRUE(waitUntil([&] { return below.presses == 1; }));
+    EXPECT_EQ(kelvane.mode(), KelvaneState::Mode::closed);
+
+    click(756, 12); // on the notch
+    ASSERT_TRUE(waitUntil([&] { return kelvane.mode() == KelvaneState::Mode::tuckle; }));
+    EXPECT_EQ(below.presses, 1);
+
+    // Open, the panel takes the pointer where it is drawn. X delivers clicks in order, so once the
+    // click below the window has arrived, a leaked panel click would have arrived too.
+    click(756, 140);
+    click(500, 300);
+    ASSERT_TRUE(waitUntil([&] { return below.presses >= 2; }));
+    EXPECT_EQ(below.presses, 2);
+}
+
+// Plugging, unplugging and plugging again within a second rebuilds the notches once, one second
+// after the last change.
+TEST(NotchWindow, HotPlugBurstRebuildsOnceAfterASecond)
+{
+    Agent agent;
+    ASSERT_TRUE(waitUntil([] { return mappedNotchWindows().size() == 2; }));
+    QSignalSpy rebuilds(&agent.manager, &WindowsManager::displayKitsChanged);
+    XvfbServer& x = *XvfbServer::current();
+    const XvfbServer::Monitor m2{"M2", QRect(1512, 0, 1280, 800), QSize(340, 212), false};
+
+    // Each step is seen by the agent before the next, as with a real cable.
+    const auto seen = [&](qsizetype count) {
+        return waitUntil([&] { return agent.screens.screens().size() == count; }, 900);
+    };
+    QElapsedTimer burst;
+    burst.start();
+    ASSERT_TRUE(x.removeMonitor("M2") && seen(1));
+    ASSERT_TRUE(x.addMonitor(m2) && seen(2));
+    ASSERT_TRUE(x.removeMonitor("M2") && seen(1));
+    ASSERT_TRUE(x.addMonitor(m2) && seen(2));
+    ASSERT_LT(burst.elapsed(), 1000) << "the burst must be shorter than the debounce";
+    QElapsedTimer sinceLast;
+    sinceLast.start();
+
+    ASSERT_TRUE(waitUntil([&] { return rebuilds.count() >= 1; }, 5000));
+    EXPECT_GE(sinceLast.elapsed(), 1000);
+    // Nothing more follows.
+    waitUntil([] { return false; }, 1500);
+    EXPECT_EQ(rebuilds.count(), 1);
+    EXPECT_EQ(agent.manager.displayKits().size(), 2u);
+    ASSERT_TRUE(waitUntil([] { return mappedNotchWindows().size() == 2; }));
+}
