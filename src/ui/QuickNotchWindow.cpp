@@ -15,8 +15,8 @@
 
 namespace kelvane {
 
-QuickNotchWindow::QuickNotchWindow(const NotchWindowSpec& spec)
-    : m_view(std::make_unique<QQuickView>())
+QuickNotchWindow::QuickNotchWindow(const NotchWindowSpec& spec, QQmlEngine& engine)
+    : m_view(std::make_unique<QQuickView>(&engine, nullptr))
     , m_screenFrame(spec.screen.frame)
     , m_viewModel(spec.viewModel)
 {
@@ -85,7 +85,6 @@ bool QuickNotchWindow::isEditingText() const
 void QuickNotchWindow::clearContent()
 {
     m_view->setSource(QUrl());
-    m_view->engine()->clearComponentCache();
 }
 
 void QuickNotchWindow::close() { m_view->close(); }

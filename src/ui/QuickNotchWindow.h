@@ -14,7 +14,8 @@ namespace kelvane {
 class QuickNotchWindow final : public QObject, public NotchWindow {
     Q_OBJECT
 public:
-    explicit QuickNotchWindow(const NotchWindowSpec& spec);
+    // Every notch window shares the one QML engine of the application.
+    QuickNotchWindow(const NotchWindowSpec& spec, QQmlEngine& engine);
     ~QuickNotchWindow() override;
 
     void setResignKeyHandler(std::function<void()> handler) override;

@@ -37,7 +37,7 @@ QuickNotchWindowFactory::QuickNotchWindowFactory()
 
 std::unique_ptr<NotchWindow> QuickNotchWindowFactory::createWindow(const NotchWindowSpec& spec)
 {
-    return std::make_unique<QuickNotchWindow>(spec);
+    return std::make_unique<QuickNotchWindow>(spec, m_engine);
 }
 
 } // namespace kelvane

@@ -2,12 +2,17 @@
 
 #include "notch/NotchWindow.h"
 
+#include <QQmlEngine>
+
 namespace kelvane {
 
 class QuickNotchWindowFactory final : public NotchWindowFactory {
 public:
     QuickNotchWindowFactory();
     std::unique_ptr<NotchWindow> createWindow(const NotchWindowSpec& spec) override;
+
+private:
+    QQmlEngine m_engine;
 };
 
 } // namespace kelvane

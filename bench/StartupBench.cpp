@@ -1,0 +1,221 @@
+// Measures the agent as a user meets it, on a private X server with two monitors:
+//  - time from process start to the first notch window mapped, against a minimal X client
+//    (xmessage) measured in the same run;
+//  - resident memory after 5 s idle;
+//  - wake-ups per second while idle with the notch closed (context switches of all threads).
+
+#include <X11/Xlib.h>
+#include <X11/Xutil.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <dirent.h>
+#include <fcntl.h>
+#include <fstream>
+#include <poll.h>
+#include <signal.h>
+#include <string>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+#include <vector>
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+pid_t spawn(const std::vector<std::string>& argv, const std::vector<std::string>& env = {})
+{
+    const pid_t pid = fork();
+    if (pid == 0) {
+        for (const auto& e : env)
+            putenv(const_cast<char*>(e.c_str()));
+        const int null = open("/dev/null", O_WRONLY);
+        dup2(null, STDOUT_FILENO);
+        dup2(null, STDERR_FILENO);
+        std::vector<char*> args;
+        for (const auto& a : argv)
+            args.push_back(const_cast<char*>(a.c_str()));
+        args.push_back(nullptr);
+        execvp(args[0], args.data());
+        _exit(127);
+    }
+    return pid;
+}
+
+void stop(pid_t pid)
+{
+    kill(pid, SIGTERM);
+    waitpid(pid, nullptr, 0);
+}
+
+std::string startXvfb(pid_t& pid)
+{
+    int fds[2];
+    if (pipe(fds) != 0)
+        return {};
+    pid = fork();
+    if (pid == 0) {
+        close(fds[0]);
+        const int null = open("/dev/null", O_WRONLY);
+        dup2(null, STDERR_FILENO);
+        const std::string fd = std::to_string(fds[1]);
+        execlp("Xvfb", "Xvfb", "-displayfd", fd.c_str(), "-screen", "0", "2792x982x24", "-noreset",
+               "-nolisten", "tcp", static_cast<char*>(nullptr));
+        _exit(127);
+    }
+    close(fds[1]);
+    char buffer[32] = {};
+    pollfd pfd{fds[0], POLLIN, 0};
+    if (poll(&pfd, 1, 15000) <= 0 || read(fds[0], buffer, sizeof buffer - 1) <= 0)
+        return {};
+    close(fds[0]);
+    return ":" + std::string(buffer, strcspn(buffer, "\n"));
+}
+
+bool nameStartsWith(Display* display, Window window, const char* prefix)
+{
+    char* name = nullptr;
+    if (!XFetchName(display, window, &name) || !name)
+        return false;
+    const bool match = std::strncmp(name, prefix, std::strlen(prefix)) == 0;
+    XFree(name);
+    return match;
+}
+
+// Starts a client and returns the milliseconds until a top-level window whose name starts with
+// `prefix` is mapped, or -1.
+double timeToMapped(Display* display, const std::vector<std::string>& argv,
+                    const std::vector<std::string>& env, const char* prefix, pid_t& pid)
+{
+    XSync(display, True);
+    const auto start = Clock::now();
+    pid = spawn(argv, env);
+    const auto deadline = start + std::chrono::seconds(20);
+    while (Clock::now() < deadline) {
+        while (XPending(display)) {
+            XEvent event;
+            XNextEvent(display, &event);
+            if (event.type == MapNotify && nameStartsWith(display, event.xmap.window, prefix))
+                return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
+        }
+        pollfd pfd{ConnectionNumber(display), POLLIN, 0};
+        poll(&pfd, 1, 5);
+    }
+    return -1;
+}
+
+double median(std::vector<double> values)
+{
+    std::sort(values.begin(), values.end());
+    return values[values.size() / 2];
+}
+
+long statusField(const std::string& path, const char* field)
+{
+    std::ifstream in(path);
+    std::string line;
+    while (std::getline(in, line))
+        if (line.rfind(field, 0) == 0)
+            return std::atol(line.c_str() + std::strlen(field));
+    return 0;
+}
+
+long contextSwitches(pid_t pid)
+{
+    long total = 0;
+    const std::string tasks = "/proc/" + std::to_string(pid) + "/task";
+    if (DIR* dir = opendir(tasks.c_str())) {
+        while (dirent* entry = readdir(dir)) {
+            if (entry->d_name[0] == '.')
+                continue;
+            const std::string status = tasks + "/" + entry->d_name + "/status";
+            total += statusField(status, "voluntary_ctxt_switches:") +
+                     statusField(status, "nonvoluntary_ctxt_switches:");
+        }
+        closedir(dir);
+    }
+    return total;
+}
+
+double wakeupsPerSecond(pid_t pid, int seconds)
+{
+    const long before = contextSwitches(pid);
+    std::this_thread::sleep_for(std::chrono::seconds(seconds));
+    return double(contextSwitches(pid) - before) / seconds;
+}
+
+const char* verdict(bool met) { return met ? "met" : "NOT met"; }
+
+} // namespace
+
+int main()
+{
+    pid_t xvfb = -1;
+    const std::string display = startXvfb(xvfb);
+    if (display.empty()) {
+        std::fprintf(stderr, "could not start Xvfb\n");
+        return 1;
+    }
+    setenv("DISPLAY", display.c_str(), 1);
+    Display* x = nullptr;
+    for (int attempt = 0; attempt < 100 && !x; ++attempt) {
+        x = XOpenDisplay(display.c_str());
+        if (!x)
+            std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    }
+    if (!x) {
+        std::fprintf(stderr, "could not connect to Xvfb on %s\n", display.c_str());
+        return 1;
+    }
+    std::system("xrandr --setmonitor M1 1512/400x982/260+0+0 screen >/dev/null && "
+                "xrandr --setmonitor M2 1280/340x800/212+1512+0 none >/dev/null");
+
+    char home[] = "/tmp/kelvane-bench-XXXXXX";
+    if (!mkdtemp(home))
+        return 1;
+    const std::string h = home;
+    const std::vector<std::string> env = {"HOME=" + h, "XDG_CONFIG_HOME=" + h + "/config",
+                                          "XDG_RUNTIME_DIR=" + h, "DISPLAY=" + display};
+
+    XSelectInput(x, DefaultRootWindow(x), SubstructureNotifyMask);
+
+    constexpr int runs = 5;
+    std::vector<double> agent;
+    std::vector<double> baseline;
+    pid_t pid = -1;
+    for (int i = 0; i < runs; ++i) {
+        baseline.push_back(timeToMapped(x, {"xmessage", "baseline"}, env, "xmessage", pid));
+        stop(pid);
+        agent.push_back(timeToMapped(x, {KELVANE_BINARY}, env, "Kelvane Notch", pid));
+        if (i + 1 < runs)
+            stop(pid);
+    }
+    const double agentMs = median(agent);
+    const double baselineMs = median(baseline);
+    std::printf("start to first notch window mapped: median %.0f ms (min %.0f, max %.0f, %d runs)\n",
+                agentMs, *std::min_element(agent.begin(), agent.end()),
+                *std::max_element(agent.begin(), agent.end()), runs);
+    std::printf("  baseline, xmessage to its window mapped: median %.0f ms; ratio %.1fx\n", baselineMs,
+                agentMs / baselineMs);
+    std::printf("  goal under 300 ms: %s\n", verdict(agentMs > 0 && agentMs < 300));
+
+    std::this_thread::sleep_for(std::chrono::seconds(5));
+    const double rssMb = statusField("/proc/" + std::to_string(pid) + "/status", "VmRSS:") / 1024.0;
+    std::printf("resident memory after 5 s idle: %.1f MB; goal under 60 MB: %s\n", rssMb,
+                verdict(rssMb < 60));
+
+    const double wakeups = wakeupsPerSecond(pid, 10);
+    std::printf("wake-ups per second while idle, notch closed: %.2f (context switches of all "
+                "threads over 10 s); goal 0: %s\n",
+                wakeups, verdict(wakeups == 0));
+
+    stop(pid);
+    XCloseDisplay(x);
+    stop(xvfb);
+    std::system(("rm -rf " + h).c_str());
+    return 0;
+}

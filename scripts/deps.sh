@@ -1,0 +1,37 @@
+#!/usr/bin/env bash
+# Installs the Debian packages Kelvane needs, only when some are missing.
+# Usage: scripts/deps.sh build [test] [run]
+set -euo pipefail
+
+build=(cmake g++ make pkg-config qt6-base-dev qt6-declarative-dev qml6-module-qtquick
+       qml6-module-qtquick-window qml6-module-qtqml-workerscript libgl-dev libx11-dev
+       libgtest-dev libgmock-dev libbenchmark-dev fonts-dejavu-core)
+test=(xvfb xauth x11-utils x11-xserver-utils xdotool)
+run=(xvfb xauth x11-utils x11-xserver-utils xcompmgr xdotool imagemagick)
+
+wanted=()
+for group in "$@"; do
+    case "$group" in
+        build) wanted+=("${build[@]}") ;;
+        test) wanted+=("${test[@]}") ;;
+        run) wanted+=("${run[@]}") ;;
+        *) echo "unknown package group: $group" >&2; exit 2 ;;
+    esac
+done
+
+missing=()
+for pkg in "${wanted[@]}"; do
+    status=$(dpkg-query -W -f='${Status}' "$pkg" 2>/dev/null || true)
+    [[ "$status" == "install ok installed" ]] || missing+=("$pkg")
+done
+[[ ${#missing[@]} -eq 0 ]] && exit 0
+
+echo "Installing: ${missing[*]}"
+sudo=()
+if [[ $(id -u) -ne 0 ]]; then
+    command -v sudo >/dev/null || { echo "Run as root to install: ${missing[*]}" >&2; exit 1; }
+    sudo=(sudo)
+fi
+export DEBIAN_FRONTEND=noninteractive
+"${sudo[@]}" apt-get update -q
+"${sudo[@]}" apt-get install -y -q --no-install-recommends "${missing[@]}"
