@@ -7,6 +7,7 @@
 
 #include "core/Log.h"
 
+#include <QGuiApplication>
 #include <QQmlContext>
 #include <QQmlEngine>
 #include <QQuickItem>
@@ -92,7 +93,9 @@ void QuickNotchWindow::close() { m_view->close(); }
 void QuickNotchWindow::orderFront()
 {
     m_view->show();
-    m_view->raise();
+    // Off screen there is no stacking order to take part in.
+    if (QGuiApplication::platformName() != QLatin1StringView("offscreen"))
+        m_view->raise();
 }
 
 void QuickNotchWindow::setInputRegion(double x, double y, double width, double height)

@@ -5,7 +5,6 @@
 #include <QDir>
 #include <QFile>
 #include <QProcess>
-#include <QRegularExpression>
 
 #include <gtest/gtest.h>
 
@@ -14,18 +13,7 @@ using kelvane::test::XvfbServer;
 using kelvane::test::waitUntil;
 
 namespace {
-QStringList notchWindows()
-{
-    QString tree;
-    XvfbServer::current()->run("xwininfo", {"-root", "-tree"}, &tree);
-    static const QRegularExpression line(R"re("Kelvane Notch[^"]*".*\)\s+(\d+x\d+[+-]-?\d+[+-]-?\d+))re");
-    QStringList found;
-    for (const QString& row : tree.split('\n'))
-        if (const auto m = line.match(row); m.hasMatch())
-            found << m.captured(1);
-    found.sort();
-    return found;
-}
+QStringList notchWindows() { return XvfbServer::current()->windowGeometries("Kelvane Notch"); }
 
 struct RunningAgent {
     QProcess process;

@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <thread>
+
 using namespace kelvane;
 using namespace std::chrono_literals;
 using Mode = KelvaneState::Mode;
@@ -155,4 +157,12 @@ TEST(KelvaneState, ModeRawValues)
         EXPECT_EQ(KelvaneState::fromRawValue(KelvaneState::rawValue(m)), m);
     EXPECT_EQ(KelvaneState::rawValue(Mode::tuckle), "tuckle");
     EXPECT_FALSE(KelvaneState::fromRawValue(u"open"));
+}
+
+TEST(KelvaneStateDeathTest, TouchingTheStateOffTheMainThreadStopsTheProgram)
+{
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    Fixture f;
+    EXPECT_DEATH(std::thread([&] { f.state.setMode(Mode::tray, Springs::animation); }).join(),
+                 "Incorrect actor executor assumption; Expected same executor as MainActor.");
 }

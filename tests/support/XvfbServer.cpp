@@ -1,6 +1,7 @@
 #include "XvfbServer.h"
 
 #include <QProcessEnvironment>
+#include <QRegularExpression>
 
 #include <csignal>
 #include <cstdio>
@@ -86,6 +87,20 @@ int XvfbServer::run(const QString& program, const QStringList& arguments, QStrin
     if (output)
         *output = QString::fromLocal8Bit(process.readAll());
     return process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
+}
+
+QStringList XvfbServer::windowGeometries(const QString& titlePrefix) const
+{
+    QString tree;
+    run(QStringLiteral("xwininfo"), {QStringLiteral("-root"), QStringLiteral("-tree")}, &tree);
+    const QRegularExpression line(QStringLiteral(R"re("%1[^"]*".*\)\s+(\d+x\d+[+-]-?\d+[+-]-?\d+))re")
+                                      .arg(QRegularExpression::escape(titlePrefix)));
+    QStringList geometries;
+    for (const QString& row : tree.split(QLatin1Char('\n')))
+        if (const auto match = line.match(row); match.hasMatch())
+            geometries << match.captured(1);
+    geometries.sort();
+    return geometries;
 }
 
 bool XvfbServer::addMonitor(const Monitor& m)

@@ -33,6 +33,9 @@ public:
     bool removeMonitor(const QString& name);
     // Runs an X client against this server and returns its exit code (output in `output`).
     int run(const QString& program, const QStringList& arguments, QString* output = nullptr) const;
+    // Geometries ("WxH+X+Y") of the top-level windows whose title starts with `titlePrefix`, sorted,
+    // as the server itself has them.
+    QStringList windowGeometries(const QString& titlePrefix) const;
 
     static XvfbServer* current();
     static void setCurrent(XvfbServer* server);

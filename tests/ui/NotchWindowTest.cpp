@@ -9,7 +9,6 @@
 
 #include <QElapsedTimer>
 #include <QMouseEvent>
-#include <QRegularExpression>
 #include <QSignalSpy>
 #include <QWindow>
 
@@ -32,20 +31,7 @@ struct Agent {
 };
 
 // The notch windows as the X server has them: "WxH+X+Y" per window, in stacking order.
-QStringList mappedNotchWindows()
-{
-    QString tree;
-    XvfbServer::current()->run("xwininfo", {"-root", "-tree"}, &tree);
-    QStringList geometries;
-    static const QRegularExpression line(R"re("Kelvane Notch[^"]*".*\)\s+(\d+x\d+[+-]-?\d+[+-]-?\d+))re");
-    for (const QString& row : tree.split('\n')) {
-        const auto match = line.match(row);
-        if (match.hasMatch())
-            geometries << match.captured(1);
-    }
-    geometries.sort();
-    return geometries;
-}
+QStringList mappedNotchWindows() { return XvfbServer::current()->windowGeometries("Kelvane Notch"); }
 
 class ClickCounter : public QWindow {
 public:
