@@ -30,7 +30,7 @@ public:
     virtual void orderFront() = 0;
 };
 
-struct NotchWindowSpec {
+struct NotchWindowSetup {
     QUuid displayKitId;
     ScreenInfo screen;
     QSizeF rawNotchSize;
@@ -45,7 +45,7 @@ struct NotchWindowSpec {
 class NotchWindowFactory {
 public:
     virtual ~NotchWindowFactory() = default;
-    virtual std::unique_ptr<NotchWindow> createWindow(const NotchWindowSpec& spec) = 0;
+    virtual std::unique_ptr<NotchWindow> createWindow(const NotchWindowSetup& setup) = 0;
 };
 
 } // namespace kelvane

@@ -83,16 +83,16 @@ std::unique_ptr<DisplayKit> WindowsManager::setupDisplayKitForScreen(const Scree
 
     const QRectF contentRect =
         NotchGeometry::windowContentRect(screen.frame.size(), kit->viewModel->windowSize());
-    NotchWindowSpec spec;
-    spec.displayKitId = kit->id;
-    spec.screen = screen;
-    spec.rawNotchSize = kit->notchSize;
-    spec.frame = NotchGeometry::toDesktop(screen.frame, contentRect);
-    spec.kelvane = kit->kelvane.get();
-    spec.viewModel = kit->viewModel.get();
-    spec.controller = kit->controller.get();
-    spec.windowsManager = this;
-    kit->windowController = m_deps.windows.createWindow(spec);
+    NotchWindowSetup setup;
+    setup.displayKitId = kit->id;
+    setup.screen = screen;
+    setup.rawNotchSize = kit->notchSize;
+    setup.frame = NotchGeometry::toDesktop(screen.frame, contentRect);
+    setup.kelvane = kit->kelvane.get();
+    setup.viewModel = kit->viewModel.get();
+    setup.controller = kit->controller.get();
+    setup.windowsManager = this;
+    kit->windowController = m_deps.windows.createWindow(setup);
 
     DisplayKit* raw = kit.get();
     kit->windowController->setResignKeyHandler([this, raw] { handleResignKey(*raw); });

@@ -16,12 +16,12 @@
 
 namespace kelvane {
 
-QuickNotchWindow::QuickNotchWindow(const NotchWindowSpec& spec, QQmlEngine& engine)
+QuickNotchWindow::QuickNotchWindow(const NotchWindowSetup& setup, QQmlEngine& engine)
     : m_view(std::make_unique<QQuickView>(&engine, nullptr))
-    , m_screenFrame(spec.screen.frame)
-    , m_viewModel(spec.viewModel)
+    , m_screenFrame(setup.screen.frame)
+    , m_viewModel(setup.viewModel)
 {
-    if (auto* screen = qobject_cast<QScreen*>(spec.screen.handle))
+    if (auto* screen = qobject_cast<QScreen*>(setup.screen.handle))
         m_view->setScreen(screen);
     m_view->setTitle(QStringLiteral("Kelvane Notch"));
     m_view->setFlags(Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint |
@@ -31,16 +31,16 @@ QuickNotchWindow::QuickNotchWindow(const NotchWindowSpec& spec, QQmlEngine& engi
     m_view->setFormat(format);
     m_view->setColor(Qt::transparent);
     m_view->setResizeMode(QQuickView::SizeRootObjectToView);
-    m_view->setGeometry(spec.frame.toAlignedRect());
+    m_view->setGeometry(setup.frame.toAlignedRect());
     // Until the views have drawn, the window takes no clicks anywhere but on the notch's place.
     setInputRegion(0, 0, 1, 1);
 
     m_view->setInitialProperties({
-        {QStringLiteral("kelvane"), QVariant::fromValue(static_cast<QObject*>(spec.kelvane))},
-        {QStringLiteral("viewModel"), QVariant::fromValue(static_cast<QObject*>(spec.viewModel))},
-        {QStringLiteral("controller"), QVariant::fromValue(static_cast<QObject*>(spec.controller))},
+        {QStringLiteral("kelvane"), QVariant::fromValue(static_cast<QObject*>(setup.kelvane))},
+        {QStringLiteral("viewModel"), QVariant::fromValue(static_cast<QObject*>(setup.viewModel))},
+        {QStringLiteral("controller"), QVariant::fromValue(static_cast<QObject*>(setup.controller))},
         {QStringLiteral("windowsManager"),
-         QVariant::fromValue(static_cast<QObject*>(spec.windowsManager))},
+         QVariant::fromValue(static_cast<QObject*>(setup.windowsManager))},
         {QStringLiteral("notchWindow"), QVariant::fromValue(static_cast<QObject*>(this))},
     });
     m_view->setSource(QUrl(QStringLiteral("qrc:/kelvane/ui/NotchView.qml")));
@@ -55,7 +55,7 @@ QuickNotchWindow::QuickNotchWindow(const NotchWindowSpec& spec, QQmlEngine& engi
             m_resignKey();
         m_wasActive = active;
     });
-    connect(spec.viewModel, &NotchViewModel::sizesChanged, this, &QuickNotchWindow::followWindowSize);
+    connect(setup.viewModel, &NotchViewModel::sizesChanged, this, &QuickNotchWindow::followWindowSize);
 }
 
 QuickNotchWindow::~QuickNotchWindow()

@@ -15,7 +15,7 @@ class QuickNotchWindow final : public QObject, public NotchWindow {
     Q_OBJECT
 public:
     // Every notch window shares the one QML engine of the application.
-    QuickNotchWindow(const NotchWindowSpec& spec, QQmlEngine& engine);
+    QuickNotchWindow(const NotchWindowSetup& setup, QQmlEngine& engine);
     ~QuickNotchWindow() override;
 
     void setResignKeyHandler(std::function<void()> handler) override;

@@ -35,9 +35,9 @@ QuickNotchWindowFactory::QuickNotchWindowFactory()
     registerTypes();
 }
 
-std::unique_ptr<NotchWindow> QuickNotchWindowFactory::createWindow(const NotchWindowSpec& spec)
+std::unique_ptr<NotchWindow> QuickNotchWindowFactory::createWindow(const NotchWindowSetup& setup)
 {
-    return std::make_unique<QuickNotchWindow>(spec, m_engine);
+    return std::make_unique<QuickNotchWindow>(setup, m_engine);
 }
 
 } // namespace kelvane

@@ -9,7 +9,7 @@ namespace kelvane {
 class QuickNotchWindowFactory final : public NotchWindowFactory {
 public:
     QuickNotchWindowFactory();
-    std::unique_ptr<NotchWindow> createWindow(const NotchWindowSpec& spec) override;
+    std::unique_ptr<NotchWindow> createWindow(const NotchWindowSetup& setup) override;
 
 private:
     QQmlEngine m_engine;

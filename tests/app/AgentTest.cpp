@@ -39,6 +39,7 @@ TEST(Agent, PutsANotchOnEveryMonitorAndFollowsHotPlug)
     RunningAgent agent;
     ASSERT_TRUE(agent.process.waitForStarted(5000));
     ASSERT_TRUE(waitUntil([] { return notchWindows().size() == 2; }, 10000));
+    // 620x178: the default 550x157 panel with room for the liveliest spring's overshoot.
     EXPECT_EQ(notchWindows(), (QStringList{"620x178+1842+-1", "620x178+446+-1"}));
 
     ASSERT_TRUE(XvfbServer::current()->removeMonitor("M2"));

@@ -74,9 +74,3 @@ TEST(Spring, VelocityIsTheDerivativeOfDisplacement)
         EXPECT_DOUBLE_EQ(spring.displacement(0, 40, -120), 40);
     }
 }
-
-TEST(Spring, SlowerResponseTakesLonger)
-{
-    EXPECT_LT(Spring({0.3, 1.0, 0}).settlingTime(), Spring({0.6, 1.0, 0}).settlingTime());
-    EXPECT_LT(Springs::closePlain.settlingTime(), Springs::liquidCloseFootprint.settlingTime());
-}

@@ -54,9 +54,8 @@ TEST(KelvaneState, SelectSwitchesOnlyBetweenTheTwoTabsAndRemembersTheChoice)
 
 TEST(KelvaneState, PreferredOpenModeReadsTheStoredTabAndIgnoresOtherModes)
 {
-    const std::pair<QString, Mode> reads[] = {{"tray", Mode::tray},       {"tuckle", Mode::tuckle},
-                                              {"closed", Mode::tuckle},   {"dragging", Mode::tuckle},
-                                              {"Tray", Mode::tuckle},     {"", Mode::tuckle}};
+    const std::pair<QString, Mode> reads[] = {
+        {"tray", Mode::tray}, {"closed", Mode::tuckle}, {"dragging", Mode::tuckle}, {"Tray", Mode::tuckle}};
     for (const auto& [stored, expected] : reads) {
         Fixture f;
         f.settings.setValue(Keys::preferredOpenMode(), stored);
@@ -149,14 +148,6 @@ TEST(KelvaneState, CleanupStopsTimersAndReturnsToAClosedUnlockedNotch)
     EXPECT_EQ(f.sched.pendingCount(), 0u);
     f.sched.advance(20s);
     EXPECT_TRUE(f.state.hidden()) << "cleanup leaves hiding alone, only its timer stops";
-}
-
-TEST(KelvaneState, ModeRawValues)
-{
-    for (Mode m : {Mode::closed, Mode::tuckle, Mode::tray, Mode::dragging})
-        EXPECT_EQ(KelvaneState::fromRawValue(KelvaneState::rawValue(m)), m);
-    EXPECT_EQ(KelvaneState::rawValue(Mode::tuckle), "tuckle");
-    EXPECT_FALSE(KelvaneState::fromRawValue(u"open"));
 }
 
 TEST(KelvaneStateDeathTest, TouchingTheStateOffTheMainThreadStopsTheProgram)

@@ -18,16 +18,12 @@ void expectSize(const QSizeF& actual, const QSizeF& expected)
 }
 } // namespace
 
-TEST(NotchGeometry, PointsPerInchFallsBackTo72WhenTheSizeIsUnknown)
+TEST(NotchGeometry, NotchSizesFromTheScreenTheHousingAndTheUsersOffsets)
 {
     expectSize(G::pointsPerInch({1512, 982}, QSizeF(400, 260)), {1512 * 25.4 / 400, 982 * 25.4 / 260});
     expectSize(G::pointsPerInch({1512, 982}, std::nullopt), {72, 72});
     expectSize(G::pointsPerInch({1512, 982}, QSizeF(0, 0)), {72, 72});
-    expectSize(G::pointsPerInch({1512, 982}, QSizeF(400, -1)), {72, 72});
-}
 
-TEST(NotchGeometry, NotchSizesFromTheHousingAndTheUsersOffsets)
-{
     const QSizeF ppi(127, 127);
     expectSize(G::rawNotchSize(0, ppi), {0, 0});
     expectSize(G::rawNotchSize(32, ppi), {127 * 1.44313723, 32});

@@ -44,35 +44,14 @@ TEST(SettingsStore, FreshDomainReadsEveryDefault)
               (std::vector<TuckleWidget>{TuckleWidget::media, TuckleWidget::mirror}));
     EXPECT_EQ(s.value(Keys::liveActivitiesSettings()).enabledLiveActivities,
               (std::set<LiveActivity>{LiveActivity::tray, LiveActivity::media}));
-    EXPECT_EQ(s.value(Keys::liveActivitiesSettings()).inactivityTimeoutInSecs, 10);
     EXPECT_EQ(s.value(Keys::mediaLiveActivitySettings()).selectedGIF,
               json::allCases<PredefinedGIF>()[3]);
     EXPECT_EQ(s.value(Keys::calendarLiveActivitySettings()).appearanceMode, AppearanceMode::constant());
-    EXPECT_EQ(s.value(Keys::batteryLiveActivitySettings()).lowBatteryThreshold, 20);
-    EXPECT_EQ(s.value(Keys::notesWidgetSettings()).defaultCodeModeLanguage, "markdown");
-    EXPECT_EQ(s.value(Keys::shortcutsWidgetSettings()).shortcutButtonWidth.value, 4);
     EXPECT_EQ(s.value(Keys::liquidBasicSettings()).rimColor, GlassRGBA::rgba(1, 1, 1, 0.9));
 
-    struct SizeCase {
-        const char* key;
-        TuckleGrid::Size size;
-        TuckleGrid::Size expected;
-    };
-    const SizeCase sizes[] = {
-        {"tuckle", s.value(Keys::tuckleSettings()).size, TuckleGrid::Size::cells(11, 2)},
-        {"tray", s.value(Keys::traySettings()).size, TuckleGrid::Size::cells(11, 2)},
-        {"dropArea", s.value(Keys::dropAreaSettings()).size, TuckleGrid::Size::cells(11, 2)},
-        {"media", s.value(Keys::mediaWidgetSettings()).size, TuckleGrid::Size::cells(5, 2)},
-        {"calendar", s.value(Keys::calendarWidgetSettings()).size, TuckleGrid::Size::cells(5, 3)},
-        {"shortcuts", s.value(Keys::shortcutsWidgetSettings()).size, TuckleGrid::Size::cells(4, 2)},
-        {"mirror", s.value(Keys::mirrorWidgetSettings()).size, TuckleGrid::Size::cells(2, 2)},
-        {"notes", s.value(Keys::notesWidgetSettings()).size, TuckleGrid::Size::cells(5, 2)},
-        {"todoList", s.value(Keys::todoListWidgetSettings()).size, TuckleGrid::Size::cells(4, 2)},
-        {"quickApps", s.value(Keys::quickAppsWidgetSettings()).size, TuckleGrid::Size::cells(4, 2)},
-        {"timer", s.value(Keys::timerWidgetSettings()).size, TuckleGrid::Size::cells(6, 3)},
-    };
-    for (const SizeCase& c : sizes)
-        EXPECT_EQ(c.size, c.expected) << c.key;
+    EXPECT_EQ(s.value(Keys::calendarWidgetSettings()).size, TuckleGrid::Size::cells(5, 3));
+    EXPECT_EQ(s.value(Keys::timerWidgetSettings()).size, TuckleGrid::Size::cells(6, 3));
+    EXPECT_EQ(s.value(Keys::traySettings()).size, TuckleGrid::Size::cells(11, 2));
 }
 
 // Code that reads the domain itself sees the registered defaults too, and registration never hides

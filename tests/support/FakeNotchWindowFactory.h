@@ -9,7 +9,7 @@ namespace kelvane::test {
 
 // What a fake window went through; outlives the window so tests can check a closed one.
 struct FakeWindowRecord {
-    NotchWindowSpec spec;
+    NotchWindowSetup setup;
     std::function<void()> resignKey;
     bool editingText = false;
     bool contentCleared = false;
@@ -42,10 +42,10 @@ private:
 
 class FakeNotchWindowFactory final : public NotchWindowFactory {
 public:
-    std::unique_ptr<NotchWindow> createWindow(const NotchWindowSpec& spec) override
+    std::unique_ptr<NotchWindow> createWindow(const NotchWindowSetup& setup) override
     {
         auto record = std::make_shared<FakeWindowRecord>();
-        record->spec = spec;
+        record->setup = setup;
         records.push_back(record);
         return std::make_unique<FakeNotchWindow>(record);
     }

@@ -3,13 +3,6 @@
 #include <QProcessEnvironment>
 #include <QRegularExpression>
 
-#include <csignal>
-#include <cstdio>
-#include <cstring>
-#include <fcntl.h>
-#include <poll.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 namespace kelvane::test {
 
@@ -25,48 +18,22 @@ XvfbServer::XvfbServer(int width, int height)
 
 XvfbServer::~XvfbServer()
 {
-    if (m_pid > 0) {
-        ::kill(m_pid, SIGTERM);
-        int status = 0;
-        ::waitpid(m_pid, &status, 0);
-    }
+    m_process.terminate();
+    m_process.waitForFinished(5000);
 }
 
 bool XvfbServer::start()
 {
-    int fds[2];
-    if (::pipe(fds) != 0)
-        return false;
-    const QByteArray screen = QByteArray::number(m_width) + 'x' + QByteArray::number(m_height) + "x24";
-    const QByteArray fdText = QByteArray::number(fds[1]);
-    m_pid = ::fork();
-    if (m_pid == 0) {
-        ::close(fds[0]);
-        const int null = ::open("/dev/null", O_WRONLY);
-        ::dup2(null, STDOUT_FILENO);
-        ::dup2(null, STDERR_FILENO);
-        ::execlp("Xvfb", "Xvfb", "-displayfd", fdText.constData(), "-screen", "0", screen.constData(),
-                 "-noreset", "-nolisten", "tcp", static_cast<char*>(nullptr));
-        ::_exit(127);
-    }
-    ::close(fds[1]);
-    if (m_pid < 0) {
-        ::close(fds[0]);
-        return false;
-    }
-    // Xvfb writes the display number once it accepts connections.
+    // Xvfb picks a free display and writes its number to the given descriptor once it accepts
+    // connections.
+    const QString screen = QStringLiteral("%1x%2x24").arg(m_width).arg(m_height);
+    m_process.start(QStringLiteral("Xvfb"), {QStringLiteral("-displayfd"), QStringLiteral("1"),
+                                             QStringLiteral("-screen"), QStringLiteral("0"), screen,
+                                             QStringLiteral("-noreset"), QStringLiteral("-nolisten"),
+                                             QStringLiteral("tcp")});
     QByteArray number;
-    pollfd pfd{fds[0], POLLIN, 0};
-    while (::poll(&pfd, 1, 15000) > 0) {
-        char buffer[32];
-        const ssize_t n = ::read(fds[0], buffer, sizeof buffer);
-        if (n <= 0)
-            break;
-        number.append(buffer, n);
-        if (number.contains('\n'))
-            break;
-    }
-    ::close(fds[0]);
+    while (!number.contains('\n') && m_process.waitForReadyRead(15000))
+        number += m_process.readAllStandardOutput();
     number = number.trimmed();
     if (number.isEmpty())
         return false;

@@ -43,7 +43,7 @@ public:
 private:
     int m_width;
     int m_height;
-    pid_t m_pid = -1;
+    QProcess m_process;
     QString m_display;
     QStringList m_monitors;
 };

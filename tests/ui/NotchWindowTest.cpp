@@ -1,6 +1,5 @@
 #include "notch/WindowsManager.h"
 #include "platform/linux/QtScreenProvider.h"
-#include "ui/QuickNotchWindow.h"
 #include "ui/QuickNotchWindowFactory.h"
 
 #include "core/QtScheduler.h"
@@ -46,25 +45,6 @@ void click(int x, int y)
     XvfbServer::current()->run("xdotool", {"mousemove", QString::number(x), QString::number(y), "click", "1"});
 }
 } // namespace
-
-TEST(NotchWindow, OneFramelessWindowStandsAtTheTopCentreOfEachMonitor)
-{
-    Agent agent;
-    // 620x178: the default panel (550x157) with room for the liveliest spring's overshoot.
-    ASSERT_TRUE(waitUntil([] { return mappedNotchWindows().size() == 2; }));
-    EXPECT_EQ(mappedNotchWindows(), (QStringList{"620x178+1842+-1", "620x178+446+-1"}));
-
-    for (const auto& kit : agent.manager.displayKits()) {
-        auto* window = dynamic_cast<QuickNotchWindow*>(kit->windowController.get());
-        ASSERT_NE(window, nullptr);
-        const Qt::WindowFlags flags = window->view()->flags();
-        EXPECT_TRUE(flags & Qt::FramelessWindowHint);
-        EXPECT_TRUE(flags & Qt::WindowStaysOnTopHint);
-        EXPECT_TRUE(flags & Qt::NoDropShadowWindowHint);
-        EXPECT_EQ(window->view()->color(), QColor(Qt::transparent));
-        EXPECT_EQ(window->view()->status(), QQuickView::Ready);
-    }
-}
 
 // The window is far larger than the closed notch; everywhere else the pointer belongs to the
 // application underneath.
