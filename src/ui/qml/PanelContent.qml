@@ -37,7 +37,7 @@ Item {
         anchors.verticalCenterOffset: tabs.height / 2
         color: "#a0a0a5"
         font.pixelSize: 13
-        text: panel.mode === "tray" ? "Drop files here to keep them in the tray"
+        text: panel.mode === "tray" ? "No files in the tray"
             : panel.mode === "dragging" ? "Release to keep in the tray"
             : "Widgets"
     }
