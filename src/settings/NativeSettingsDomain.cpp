@@ -36,6 +36,7 @@ void NativeSettingsDomain::open()
         m_settings->clear();
     }
     m_known = snapshot();
+    QDir().mkpath(QFileInfo(m_settings->fileName()).absolutePath());
     watch();
     connect(&m_watcher, &QFileSystemWatcher::fileChanged, this, [this] { reloadFromDisk(); });
     connect(&m_watcher, &QFileSystemWatcher::directoryChanged, this, [this] { reloadFromDisk(); });
@@ -44,7 +45,6 @@ void NativeSettingsDomain::open()
 void NativeSettingsDomain::watch()
 {
     const QFileInfo info(m_settings->fileName());
-    QDir().mkpath(info.absolutePath());
     // The file is replaced on every save, so the folder is watched too.
     if (!m_watcher.directories().contains(info.absolutePath()))
         m_watcher.addPath(info.absolutePath());
