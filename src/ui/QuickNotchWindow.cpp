@@ -6,6 +6,7 @@
 #include "notch/WindowsManager.h"
 
 #include "core/Log.h"
+#include "platform/linux/X11WindowHints.h"
 
 #include <QGuiApplication>
 #include <QQmlContext>
@@ -92,6 +93,8 @@ void QuickNotchWindow::close() { m_view->close(); }
 
 void QuickNotchWindow::orderFront()
 {
+    if (!m_view->isVisible())
+        applyDesktopFurnitureHints(m_view.get());
     m_view->show();
     // Off screen there is no stacking order to take part in.
     if (QGuiApplication::platformName() != QLatin1StringView("offscreen"))
