@@ -26,6 +26,8 @@ public:
     // Drops the views (before the objects they read are destroyed).
     virtual void clearContent() = 0;
     virtual void close() = 0;
+    // Where the window is now, in desktop coordinates (y down).
+    virtual QRectF frame() const = 0;
     // Shows the window in front, whether or not the application is active.
     virtual void orderFront() = 0;
 };

@@ -18,6 +18,40 @@ SettingsStore::SettingsStore(SettingsDomain& domain)
     m_domain.registerDefaults(Keys::registrationDefaults());
 }
 
+QStringList SettingsStore::keyNames()
+{
+    QStringList names;
+#define KELVANE_KEY_NAME(Type, keyName, initial) names << Keys::keyName().name();
+    KELVANE_SETTINGS_KEYS(KELVANE_KEY_NAME)
+#undef KELVANE_KEY_NAME
+    return names;
+}
+
+std::optional<QJsonValue> SettingsStore::jsonValue(const QString& name) const
+{
+#define KELVANE_KEY_JSON(Type, keyName, initial)                                                 \
+    if (name == Keys::keyName().name())                                                            \
+        return json::encode(value(Keys::keyName()));
+    KELVANE_SETTINGS_KEYS(KELVANE_KEY_JSON)
+#undef KELVANE_KEY_JSON
+    return std::nullopt;
+}
+
+SettingsStore::WriteResult SettingsStore::setJsonValue(const QString& name, const QJsonValue& json)
+{
+#define KELVANE_KEY_WRITE(Type, keyName, initial)                                                \
+    if (name == Keys::keyName().name()) {                                                          \
+        const auto decoded = json::decode<Type>(json);                                             \
+        if (!decoded)                                                                              \
+            return WriteResult::invalidValue;                                                      \
+        setValue(Keys::keyName(), *decoded);                                                       \
+        return WriteResult::written;                                                               \
+    }
+    KELVANE_SETTINGS_KEYS(KELVANE_KEY_WRITE)
+#undef KELVANE_KEY_WRITE
+    return WriteResult::unknownKey;
+}
+
 void SettingsStore::resetDefaults()
 {
     setValue(Keys::intro(), true);

@@ -54,6 +54,13 @@ public:
     // records and the other single keys keep their values.
     void resetDefaults();
 
+    // Settings by name, for scripts and the settings window; values are JSON (records as objects).
+    static QStringList keyNames();
+    std::optional<QJsonValue> jsonValue(const QString& name) const;
+    enum class WriteResult { written, unknownKey, invalidValue };
+    // Writes only a value that decodes, as a whole, for that key.
+    WriteResult setJsonValue(const QString& name, const QJsonValue& value);
+
     SettingsDomain& domain() const { return m_domain; }
 
     static SettingsStore& shared();

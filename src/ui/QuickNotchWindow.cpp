@@ -91,6 +91,8 @@ void QuickNotchWindow::clearContent()
 
 void QuickNotchWindow::close() { m_view->close(); }
 
+QRectF QuickNotchWindow::frame() const { return m_view->geometry(); }
+
 void QuickNotchWindow::orderFront()
 {
     if (!m_view->isVisible())

@@ -22,6 +22,7 @@ public:
     bool isEditingText() const override;
     void clearContent() override;
     void close() override;
+    QRectF frame() const override;
     void orderFront() override;
 
     QQuickView* view() const { return m_view.get(); }

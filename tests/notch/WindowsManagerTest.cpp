@@ -1,9 +1,11 @@
+#include "notch/NotchCommands.h"
 #include "notch/WindowsManager.h"
 
 #include "core/ManualScheduler.h"
 #include "support/FakeNotchWindowFactory.h"
 #include "support/FakeScreenProvider.h"
 
+#include <QJsonArray>
 #include <QSignalSpy>
 
 #include <gtest/gtest.h>
@@ -229,4 +231,43 @@ TEST(WindowsManager, PressingTheSameKeyTwiceKeepsTheIndicatorUpASecondAfterTheSe
     EXPECT_EQ(f.kit(0).kelvane->indicator(), louder);
     f.sched.advance(1ms);
     EXPECT_FALSE(f.kit(0).kelvane->indicator());
+}
+
+// Scripts reach the notches by screen name; without one, opening acts where the user looks and
+// closing or hiding acts everywhere.
+TEST(NotchCommands, ActOnTheNamedOrDefaultNotchesAndReportThem)
+{
+    Fixture f;
+    NotchCommands commands(*f.manager, f.screens);
+    const auto modes = [&] {
+        QStringList result;
+        for (const auto& value : commands.state()["notches"].toArray()) {
+            const QJsonObject notch = value.toObject();
+            result << notch["screen"].toString() + ':' + notch["mode"].toString() +
+                          (notch["hidden"].toBool() ? "+hidden" : "");
+        }
+        return result;
+    };
+
+    EXPECT_EQ(commands.open("tray", {}), std::nullopt);
+    EXPECT_EQ(modes(), (QStringList{"eDP-1:tray", "HDMI-1:closed"}));
+    EXPECT_EQ(commands.open({}, "HDMI-1"), std::nullopt);
+    EXPECT_EQ(commands.select("tuckle", "eDP-1"), std::nullopt);
+    EXPECT_EQ(modes(), (QStringList{"eDP-1:tuckle", "HDMI-1:tuckle"}));
+    EXPECT_EQ(commands.close({}), std::nullopt);
+    EXPECT_EQ(commands.hide("HDMI-1"), std::nullopt);
+    EXPECT_EQ(modes(), (QStringList{"eDP-1:closed", "HDMI-1:closed+hidden"}));
+    // A hidden notch asked to open on a tab comes back on that tab.
+    EXPECT_EQ(commands.open("tray", "HDMI-1"), std::nullopt);
+    EXPECT_EQ(modes(), (QStringList{"eDP-1:closed", "HDMI-1:tray"}));
+
+    EXPECT_EQ(commands.open("shelf", {}), "Unknown tab \"shelf\": use tuckle or tray.");
+    EXPECT_EQ(commands.select("closed", {}), "Unknown tab \"closed\": use tuckle or tray.");
+    EXPECT_EQ(commands.hide("DP-9"), "No notch on screen \"DP-9\".");
+
+    const QJsonObject builtIn = commands.state()["notches"].toArray().first().toObject();
+    EXPECT_TRUE(builtIn["main"].toBool());
+    EXPECT_EQ(builtIn["rawNotchSize"].toObject()["height"].toDouble(), 32);
+    EXPECT_EQ(builtIn["window"].toObject()["width"].toDouble(), f.windows.records[0]->setup.frame.width());
+    EXPECT_TRUE(builtIn["indicator"].isNull());
 }

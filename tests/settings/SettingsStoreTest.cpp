@@ -186,3 +186,40 @@ TEST(SettingsStore, ResetRestoresOnlyItsOwnListOneWriteEach)
     EXPECT_EQ(f.store.value(Keys::preferredOpenMode()), "tray");
     EXPECT_TRUE(f.store.value(Keys::rememberLastOpenTab()));
 }
+
+// Scripts and the settings window write by name: only a value that decodes whole for that key is
+// written; anything else leaves the store untouched.
+TEST(SettingsStore, WritesByNameOnlyWhatDecodes)
+{
+    InMemorySettingsDomain domain;
+    SettingsStore store(domain);
+    QJsonObject general = store.jsonValue("generalSettings")->toObject();
+    general["demoMode"] = true;
+    QJsonObject partial{{"demoMode", true}};
+    QJsonObject badEnum = general;
+    badEnum["preferredMediaSource"] = "appleMusic";
+
+    using R = SettingsStore::WriteResult;
+    const struct {
+        const char* key;
+        QJsonValue value;
+        R result;
+    } cases[] = {
+        {"generalSettings", partial, R::invalidValue},
+        {"generalSettings", badEnum, R::invalidValue},
+        {"generalSettings", "true", R::invalidValue},
+        {"intro", 1, R::invalidValue},
+        {"noSuchKey", true, R::unknownKey},
+        {"preferredOpenMode", "tray", R::written},
+        {"generalSettings", general, R::written},
+    };
+    for (const auto& c : cases) {
+        QSignalSpy writes(&domain, &SettingsDomain::valueChanged);
+        EXPECT_EQ(store.setJsonValue(c.key, c.value), c.result) << c.key;
+        EXPECT_EQ(writes.count(), c.result == R::written ? 1 : 0) << c.key;
+    }
+    EXPECT_TRUE(store.value(Keys::generalSettings()).demoMode);
+    EXPECT_EQ(store.jsonValue("preferredOpenMode"), QJsonValue("tray"));
+    EXPECT_EQ(store.jsonValue("noSuchKey"), std::nullopt);
+    EXPECT_EQ(SettingsStore::keyNames().size(), 26);
+}

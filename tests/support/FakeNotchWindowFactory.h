@@ -34,6 +34,7 @@ public:
     bool isEditingText() const override { return m_record->editingText; }
     void clearContent() override { m_record->contentCleared = true; }
     void close() override { m_record->closed = true; }
+    QRectF frame() const override { return m_record->setup.frame; }
     void orderFront() override { m_record->shown = true; }
 
 private:

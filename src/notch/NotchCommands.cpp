@@ -1,0 +1,138 @@
+#include "NotchCommands.h"
+
+#include "WindowsManager.h"
+
+#include <QJsonArray>
+
+namespace kelvane {
+
+namespace {
+QJsonObject sizeJson(const QSizeF& size)
+{
+    return {{QStringLiteral("width"), size.width()}, {QStringLiteral("height"), size.height()}};
+}
+
+QString screenKey(const DisplayKit& kit) { return kit.screen.number.value_or(QString()); }
+
+QJsonValue indicatorJson(const std::optional<Indicator>& indicator)
+{
+    if (!indicator)
+        return QJsonValue::Null;
+    return QJsonObject{
+        {QStringLiteral("kind"), indicator->kind == Indicator::Kind::volume ? QStringLiteral("volume")
+                                                                            : QStringLiteral("brightness")},
+        {QStringLiteral("icon"), indicator->icon},
+        {QStringLiteral("value"), indicator->value},
+    };
+}
+} // namespace
+
+NotchCommands::NotchCommands(WindowsManager& windows, ScreenProvider& screens)
+    : m_windows(windows)
+    , m_screens(screens)
+{
+}
+
+QJsonObject NotchCommands::state() const
+{
+    QJsonArray notches;
+    QObject* main = m_screens.mainScreen();
+    for (const auto& kit : m_windows.displayKits()) {
+        const QRectF frame = kit->windowController ? kit->windowController->frame() : QRectF();
+        const KelvaneState& kelvane = *kit->kelvane;
+        notches.append(QJsonObject{
+            {QStringLiteral("screen"), screenKey(*kit)},
+            {QStringLiteral("main"), kit->screen.handle == main},
+            {QStringLiteral("window"),
+             QJsonObject{{QStringLiteral("x"), frame.x()},
+                         {QStringLiteral("y"), frame.y()},
+                         {QStringLiteral("width"), frame.width()},
+                         {QStringLiteral("height"), frame.height()}}},
+            {QStringLiteral("rawNotchSize"), sizeJson(kit->notchSize)},
+            {QStringLiteral("effectiveNotchSize"), sizeJson(kit->viewModel->notchSize())},
+            {QStringLiteral("mode"), kelvane.modeName()},
+            {QStringLiteral("hidden"), kelvane.hidden()},
+            {QStringLiteral("locked"), kelvane.locked()},
+            {QStringLiteral("indicator"), indicatorJson(kelvane.indicator())},
+        });
+    }
+    return {{QStringLiteral("notches"), notches}};
+}
+
+std::optional<QString> NotchCommands::targets(const QString& screen, Default fallback,
+                                              std::vector<DisplayKit*>& kits) const
+{
+    QObject* main = m_screens.mainScreen();
+    for (const auto& kit : m_windows.displayKits()) {
+        const bool wanted = !screen.isEmpty() ? screenKey(*kit) == screen
+                            : fallback == Default::everyScreen ? true
+                                                               : kit->screen.handle == main;
+        if (wanted)
+            kits.push_back(kit.get());
+    }
+    if (!kits.empty())
+        return std::nullopt;
+    if (!screen.isEmpty())
+        return QStringLiteral("No notch on screen \"%1\".").arg(screen);
+    return QStringLiteral("No notch is shown.");
+}
+
+NotchCommands::Error NotchCommands::checkTab(const QString& tab)
+{
+    if (tab == QLatin1StringView("tuckle") || tab == QLatin1StringView("tray"))
+        return std::nullopt;
+    return QStringLiteral("Unknown tab \"%1\": use tuckle or tray.").arg(tab);
+}
+
+NotchCommands::Error NotchCommands::open(const QString& tab, const QString& screen)
+{
+    if (!tab.isEmpty())
+        if (auto error = checkTab(tab))
+            return error;
+    std::vector<DisplayKit*> kits;
+    if (auto error = targets(screen, Default::mainScreen, kits))
+        return error;
+    const auto mode = KelvaneState::fromRawValue(tab).value_or(KelvaneState::Mode::tuckle);
+    for (DisplayKit* kit : kits) {
+        kit->controller->openNotch(mode);
+        // A hidden notch only comes back, and the tray may win over the widgets when it has
+        // files: the tab asked for is chosen afterwards.
+        if (!tab.isEmpty() && kit->kelvane->modeName() != tab)
+            kit->kelvane->selectNamed(tab);
+    }
+    return std::nullopt;
+}
+
+NotchCommands::Error NotchCommands::close(const QString& screen)
+{
+    std::vector<DisplayKit*> kits;
+    if (auto error = targets(screen, Default::everyScreen, kits))
+        return error;
+    for (DisplayKit* kit : kits)
+        kit->controller->closeNotch(false, true);
+    return std::nullopt;
+}
+
+NotchCommands::Error NotchCommands::hide(const QString& screen)
+{
+    std::vector<DisplayKit*> kits;
+    if (auto error = targets(screen, Default::everyScreen, kits))
+        return error;
+    for (DisplayKit* kit : kits)
+        kit->controller->hideNotch();
+    return std::nullopt;
+}
+
+NotchCommands::Error NotchCommands::select(const QString& tab, const QString& screen)
+{
+    if (auto error = checkTab(tab))
+        return error;
+    std::vector<DisplayKit*> kits;
+    if (auto error = targets(screen, Default::mainScreen, kits))
+        return error;
+    for (DisplayKit* kit : kits)
+        kit->kelvane->selectNamed(tab);
+    return std::nullopt;
+}
+
+} // namespace kelvane
