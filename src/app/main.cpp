@@ -1,17 +1,32 @@
+#include "AppDelegate.h"
+#include "Identity.h"
+#include "LegacyMigration.h"
+#include "ScriptingService.h"
+#include "SingleInstance.h"
+
 #include "core/Log.h"
-#include "core/QtScheduler.h"
-#include "core/TimersManager.h"
-#include "notch/HapticFeedback.h"
-#include "notch/WindowsManager.h"
-#include "platform/linux/QtScreenProvider.h"
-#include "settings/NativeSettingsDomain.h"
-#include "settings/SettingsStore.h"
-#include "ui/QuickNotchWindowFactory.h"
+#include "platform/linux/QuitSignals.h"
+#include "platform/linux/SystemLog.h"
 
 #include <QGuiApplication>
 #include <QQuickWindow>
+#include <QUrl>
+
+#include <cstdlib>
 
 using namespace kelvane;
+
+namespace {
+AppDelegate* s_delegate = nullptr;
+
+// When the X server goes away with the session, Qt ends the process with exit(): the
+// termination sequence still runs, from here.
+void terminateAtExit()
+{
+    if (s_delegate)
+        s_delegate->applicationWillTerminate();
+}
+} // namespace
 
 int main(int argc, char** argv)
 {
@@ -26,24 +41,43 @@ int main(int argc, char** argv)
     QGuiApplication app(argc, argv);
     QGuiApplication::setApplicationName(QStringLiteral("kelvane"));
     QGuiApplication::setApplicationDisplayName(QStringLiteral("Kelvane"));
+    QGuiApplication::setDesktopFileName(QLatin1StringView(identity::bundleIdentifier));
     QGuiApplication::setQuitOnLastWindowClosed(false);
+    const QStringList arguments = app.arguments().mid(1);
+
+    // One agent per session: a second launch hands its request to the first and ends, before it
+    // reads or writes anything of its own.
+    ScriptingService service;
+    if (SingleInstance::claim(&service) == SingleInstance::Role::secondary)
+        return SingleInstance::handOver(arguments);
+
+    migrateLegacyBundleIdentifier(QLatin1StringView(identity::bundleIdentifier));
+
+    installSyslogSink();
     if (QGuiApplication::platformName() == QLatin1StringView("offscreen"))
         logLine(u"AppDelegate", QStringLiteral("No X display is available; the notches are kept off screen."));
 
-    QtScheduler scheduler;
-    TimersManager timers(scheduler);
-    TimersManager::setShared(&timers);
+    AppDelegate delegate;
+    s_delegate = &delegate;
+    std::atexit(terminateAtExit);
+    service.setDelegate(&delegate);
 
-    NativeSettingsDomain domain;
-    SettingsStore settings(domain);
-    SettingsStore::setShared(&settings);
+    QuitSignals quitSignals;
+    QObject::connect(&quitSignals, &QuitSignals::received, &app, [](int signal) {
+        logLine(u"AppDelegate", QStringLiteral("%1 received; quitting.").arg(QuitSignals::name(signal)));
+        QCoreApplication::quit();
+    });
 
-    QtScreenProvider screens;
-    QuickNotchWindowFactory windowFactory;
-    NullHapticFeedback haptics;
-    WindowsManager windowsManager(
-        {scheduler, settings, screens, windowFactory, haptics, [] { return 0; }});
-    WindowsManager::setShared(&windowsManager);
+    delegate.applicationDidFinishLaunching();
+    if (!arguments.isEmpty()) {
+        QList<QUrl> urls;
+        for (const QString& argument : arguments)
+            urls << QUrl::fromUserInput(argument, QString(), QUrl::AssumeLocalFile);
+        delegate.openUrls(urls);
+    }
 
-    return app.exec();
+    const int status = QGuiApplication::exec();
+    delegate.applicationWillTerminate();
+    s_delegate = nullptr;
+    return status;
 }

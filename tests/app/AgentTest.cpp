@@ -1,26 +1,64 @@
 #include "support/Polling.h"
 #include "support/ScopedEnvironment.h"
+#include "support/SessionBus.h"
 #include "support/XvfbServer.h"
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QProcess>
+#include <QSettings>
 
 #include <gtest/gtest.h>
 
+#include <csignal>
+
+using kelvane::test::ScopedEnvironment;
+using kelvane::test::SessionBus;
 using kelvane::test::TemporaryHome;
 using kelvane::test::XvfbServer;
 using kelvane::test::waitUntil;
 
 namespace {
-QStringList notchWindows() { return XvfbServer::current()->windowGeometries("Kelvane Notch"); }
+QString binary(const char* name)
+{
+    return QFileInfo(qEnvironmentVariable("KELVANE_BINARY")).dir().filePath("../ctl/" + QString(name));
+}
 
+QStringList notchWindows() { return XvfbServer::current()->windowGeometries("Kelvane Notch"); }
+QStringList settingsWindows() { return XvfbServer::current()->windowGeometries("Settings"); }
+
+struct Result {
+    int status = -1;
+    QString out;
+    QString err;
+};
+
+Result run(const QString& program, const QStringList& arguments)
+{
+    QProcess process;
+    process.start(program, arguments);
+    Result result;
+    if (!process.waitForFinished(15000))
+        return result;
+    result.status = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
+    result.out = QString::fromUtf8(process.readAllStandardOutput());
+    result.err = QString::fromUtf8(process.readAllStandardError());
+    return result;
+}
+
+Result ctl(const QStringList& arguments) { return run(binary("kelvanectl"), arguments); }
+
+// The agent as a user starts it, on the test's own session bus and X server.
 struct RunningAgent {
     QProcess process;
-    explicit RunningAgent()
+    QString output;
+    RunningAgent()
     {
         process.setProgram(qEnvironmentVariable("KELVANE_BINARY"));
-        process.setProcessEnvironment(QProcessEnvironment::systemEnvironment());
         process.start();
     }
     ~RunningAgent()
@@ -28,48 +66,140 @@ struct RunningAgent {
         process.terminate();
         process.waitForFinished(5000);
     }
+    QString readOutput()
+    {
+        output += QString::fromUtf8(process.readAllStandardOutput());
+        return output;
+    }
+    bool waitForNotches(int count)
+    {
+        return waitUntil([&] { return notchWindows().size() == count; }, 10000);
+    }
 };
+
+QJsonObject notch(const QString& screen)
+{
+    const auto state = QJsonDocument::fromJson(ctl({"state"}).out.toUtf8()).object();
+    for (const auto& value : state["notches"].toArray())
+        if (value.toObject()["screen"].toString() == screen)
+            return value.toObject();
+    return {};
+}
 } // namespace
 
-// The agent as a user starts it: a notch on every monitor, following the monitors as they come
-// and go, quiet on standard output, and writing no settings it was not asked to change.
+// A notch on every monitor, following the monitors as they come and go, quiet on standard output.
 TEST(Agent, PutsANotchOnEveryMonitorAndFollowsHotPlug)
 {
     TemporaryHome home;
+    SessionBus bus;
     RunningAgent agent;
-    ASSERT_TRUE(agent.process.waitForStarted(5000));
-    ASSERT_TRUE(waitUntil([] { return notchWindows().size() == 2; }, 10000));
+    ASSERT_TRUE(agent.waitForNotches(2));
     // 620x178: the default 550x157 panel with room for the liveliest spring's overshoot.
     EXPECT_EQ(notchWindows(), (QStringList{"620x178+1842+-1", "620x178+446+-1"}));
 
     ASSERT_TRUE(XvfbServer::current()->removeMonitor("M2"));
-    ASSERT_TRUE(waitUntil([] { return notchWindows().size() == 1; }, 5000));
+    ASSERT_TRUE(agent.waitForNotches(1));
     EXPECT_EQ(notchWindows(), QStringList{"620x178+446+-1"});
 
     ASSERT_TRUE(XvfbServer::current()->addMonitor({"M3", QRect(1512, 0, 1024, 768), QSize(270, 203), false}));
-    ASSERT_TRUE(waitUntil([] { return notchWindows().size() == 2; }, 5000));
+    ASSERT_TRUE(agent.waitForNotches(2));
     EXPECT_EQ(notchWindows(), (QStringList{"620x178+1714+-1", "620x178+446+-1"}));
 
     EXPECT_EQ(agent.process.state(), QProcess::Running);
-    EXPECT_EQ(agent.process.readAllStandardOutput(), QByteArray());
-    EXPECT_FALSE(QFile::exists(home.configPath() + "/kelvane/kelvane.conf"));
+    EXPECT_EQ(agent.readOutput(), QString());
 }
 
-TEST(Agent, ReadsTheUsersSettingsAtStart)
+// Start, a second launch, scripting, and the end: the life of the agent over the session bus.
+TEST(Agent, HandsASecondLaunchOverAndEndsCleanlyOnSigterm)
 {
     TemporaryHome home;
-    QDir().mkpath(home.configPath() + "/kelvane");
-    QFile conf(home.configPath() + "/kelvane/kelvane.conf");
-    ASSERT_TRUE(conf.open(QIODevice::WriteOnly));
-    // A taller widget panel makes every notch window taller.
-    conf.write(R"([General]
-traySettings="{\"size\":{\"width\":{\"value\":11},\"height\":{\"value\":4}}}"
-)");
-    conf.close();
+    SessionBus bus;
+    ASSERT_TRUE(bus.isRunning());
+    const Result absent = ctl({"state"});
+    EXPECT_EQ(absent.status, 1);
+    EXPECT_EQ(absent.err, "kelvanectl: Kelvane is not running.\n");
 
+    const QString confPath = home.configPath() + "/kelvane/kelvane.conf";
+    {
+        // An update found by a former run, and a taller tray panel.
+        QSettings conf(confPath, QSettings::IniFormat);
+        conf.setValue("liveActivitiesSettings",
+                      R"({"enabled":true,"hiddenInNonNotchedScreens":false,"inactivityTimeoutInSecs":10,)"
+                      R"("enabledLiveActivities":["media","updateAvailable","calendar"],"interactive":true,)"
+                      R"("enableQuickPeek":true,"enableHUDReplacement":false,"HUDReplacementShouldShowInAllScreens":false,)"
+                      R"("disableColorsOnAudioHUDReplacement":false,"unhideAutomatically":true,"quickPeekEvent":false,)"
+                      R"("liveActivitiesHiddenInFullscreen":[]})");
+        conf.setValue("traySettings", R"({"size":{"width":{"value":11},"height":{"value":4}}})");
+    }
     RunningAgent agent;
-    ASSERT_TRUE(waitUntil([] { return notchWindows().size() == 2; }, 10000));
-    const QStringList windows = notchWindows();
-    for (const QString& geometry : windows)
+    ASSERT_TRUE(agent.waitForNotches(2));
+    for (const QString& geometry : notchWindows())
         EXPECT_TRUE(geometry.startsWith("620x291+")) << geometry;
+
+    const Result second = run(qEnvironmentVariable("KELVANE_BINARY"), {});
+    EXPECT_EQ(second.status, 0) << second.out.toStdString();
+    EXPECT_TRUE(waitUntil([] { return settingsWindows().size() == 1; }, 5000));
+    EXPECT_EQ(notchWindows().size(), 2);
+
+    EXPECT_EQ(ctl({"open", "tray"}).status, 0);
+    EXPECT_EQ(notch("M1")["mode"].toString(), "tray");
+    EXPECT_EQ(notch("M2")["mode"].toString(), "closed");
+    EXPECT_EQ(ctl({"close"}).status, 0);
+    EXPECT_EQ(ctl({"hide", "--screen", "M2"}).status, 0);
+    EXPECT_EQ(notch("M1")["mode"].toString(), "closed");
+    EXPECT_TRUE(notch("M2")["hidden"].toBool());
+    EXPECT_EQ(notch("M1")["window"].toObject()["x"].toDouble(), 446);
+
+    const auto live = QJsonDocument::fromJson(ctl({"settings", "get", "liveActivitiesSettings"}).out.toUtf8());
+    EXPECT_EQ(live["enabledLiveActivities"].toArray(), (QJsonArray{"media", "calendar"}));
+
+    // Refused writes leave the settings as they were.
+    const struct {
+        QStringList arguments;
+        QString error;
+    } refused[] = {
+        {{"settings", "get", "nope"}, "kelvanectl: Unknown setting \"nope\".\n"},
+        {{"settings", "set", "intro", "tru"}, "kelvanectl: Not JSON (illegal value); nothing was written.\n"},
+        {{"settings", "set", "intro", "\"yes\""}, "kelvanectl: The value is not a valid intro; nothing was written.\n"},
+        {{"show-settings", "sound"}, "kelvanectl: Unknown settings pane \"sound\": use general.\n"},
+    };
+    for (const auto& r : refused) {
+        const Result result = ctl(r.arguments);
+        EXPECT_EQ(result.status, 1) << r.arguments.join(' ').toStdString();
+        EXPECT_EQ(result.err, r.error);
+    }
+    EXPECT_EQ(ctl({"settings", "set", "preferredOpenMode", "\"tray\""}).status, 0);
+
+    ::kill(static_cast<pid_t>(agent.process.processId()), SIGTERM);
+    ASSERT_TRUE(agent.process.waitForFinished(10000));
+    EXPECT_EQ(agent.process.exitCode(), 0);
+    const QStringList lines = agent.readOutput().split('\n', Qt::SkipEmptyParts);
+    // On a desktop without the system's pop-up helper there is nothing to give back.
+    ASSERT_GE(lines.size(), 2);
+    EXPECT_EQ(lines.first(), "[AppDelegate] SIGTERM received; quitting.");
+    EXPECT_EQ(lines.last(), "[HUDManager] enableSystemHUD: OSDUIHelper not running, nothing to kill");
+    QSettings saved(confPath, QSettings::IniFormat);
+    EXPECT_EQ(saved.value("preferredOpenMode").toString(), "tray");
+    EXPECT_TRUE(saved.value("migratedFromLegacyBundleIdentifier").toBool());
+}
+
+// Without a session bus the agent runs alone and says so once; when its X server goes away with
+// the session, it still gives the pop-up back on its way out.
+TEST(Agent, RunsWithoutABusAndEndsWithItsXServer)
+{
+    TemporaryHome home;
+    XvfbServer server(1512, 982);
+    ASSERT_TRUE(server.start());
+    ScopedEnvironment env;
+    env.set("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent/bus");
+    env.set("DISPLAY", server.display().toUtf8());
+    RunningAgent agent;
+    ASSERT_TRUE(waitUntil([&] { return server.windowGeometries("Kelvane Notch").size() == 1; }, 10000));
+    EXPECT_EQ(agent.readOutput(), "[AppDelegate] No D-Bus session bus: single instance and scripting are off.\n");
+
+    server.stop();
+    ASSERT_TRUE(agent.process.waitForFinished(10000));
+    EXPECT_TRUE(agent.readOutput().endsWith(
+        "[HUDManager] enableSystemHUD: OSDUIHelper not running, nothing to kill\n"))
+        << agent.output.toStdString();
 }

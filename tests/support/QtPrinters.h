@@ -2,6 +2,10 @@
 
 // Lets GoogleTest print Qt values in failure messages and traces. Included into every test.
 
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QJsonValue>
 #include <QRectF>
 #include <QSizeF>
 #include <QString>
@@ -22,3 +26,9 @@ inline void PrintTo(const QRectF& r, std::ostream* os)
     *os << r.width() << 'x' << r.height() << '+' << r.x() << '+' << r.y();
 }
 inline void PrintTo(const QVariant& v, std::ostream* os) { *os << v.toString().toStdString(); }
+inline void PrintTo(const QJsonValue& v, std::ostream* os)
+{
+    *os << QJsonDocument(QJsonArray{v}).toJson(QJsonDocument::Compact).toStdString();
+}
+inline void PrintTo(const QJsonArray& a, std::ostream* os) { PrintTo(QJsonValue(a), os); }
+inline void PrintTo(const QJsonObject& o, std::ostream* os) { PrintTo(QJsonValue(o), os); }

@@ -16,7 +16,9 @@ XvfbServer::XvfbServer(int width, int height)
 {
 }
 
-XvfbServer::~XvfbServer()
+XvfbServer::~XvfbServer() { stop(); }
+
+void XvfbServer::stop()
 {
     m_process.terminate();
     m_process.waitForFinished(5000);

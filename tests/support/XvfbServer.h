@@ -25,6 +25,8 @@ public:
     XvfbServer& operator=(const XvfbServer&) = delete;
 
     bool start();
+    // Ends the server, as a session's end does.
+    void stop();
     QString display() const { return m_display; }
 
     // Replaces the monitor set; returns false if xrandr failed.

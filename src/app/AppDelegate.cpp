@@ -1,0 +1,114 @@
+#include "AppDelegate.h"
+
+#include "Identity.h"
+
+#include "core/Log.h"
+
+#include <QGuiApplication>
+#include <QLocale>
+#include <QWindow>
+
+#include <thread>
+#include <unistd.h>
+
+namespace kelvane {
+
+namespace {
+void sleepFor(std::chrono::microseconds duration) { std::this_thread::sleep_for(duration); }
+} // namespace
+
+AppDelegate::AppDelegate()
+    : m_domain(identity::preferencesPath(QLatin1StringView(identity::bundleIdentifier)))
+    , m_hud(m_processRunner, sleepFor, static_cast<unsigned>(::getuid()))
+{
+    // Dates of the calendar and the timers are computed in the user's own region.
+    QLocale::setDefault(QLocale::system());
+    TimersManager::setShared(&m_timers);
+    SettingsStore::setShared(&m_settings);
+    HUDManager::setShared(&m_hud);
+}
+
+AppDelegate::~AppDelegate()
+{
+    m_nsMenu.reset();
+    m_settingsWindow.reset();
+    m_notchCommands.reset();
+    WindowsManager::setShared(nullptr);
+    m_ownedWindowsManager.reset();
+    HUDManager::setShared(nullptr);
+    SettingsStore::setShared(nullptr);
+    TimersManager::setShared(nullptr);
+}
+
+void AppDelegate::applicationDidFinishLaunching()
+{
+    // The process-wide managers start first, in this order, as each of them lands:
+    // calendar, shortcuts, media, power, output volume, wallpaper colours.
+
+    // An "update available" activity never outlives the process that found the update.
+    removeUpdateAvailableActivity();
+
+    // Then the Bluetooth and full-screen monitors, and the default notes.
+
+    m_ownedWindowsManager = std::make_unique<WindowsManager>(WindowsManager::Dependencies{
+        m_scheduler, m_settings, m_screens, m_windowFactory, m_haptics, [] { return 0; }});
+    WindowsManager::setShared(m_ownedWindowsManager.get());
+    m_windowsManager = m_ownedWindowsManager.get();
+    m_notchCommands = std::make_unique<NotchCommands>(*m_windowsManager, m_screens);
+    m_settingsWindow = std::make_unique<SettingsWindow>(m_windowFactory.engine(), m_settings,
+                                                        [this] { terminate(); });
+    connect(m_windowsManager, &WindowsManager::settingsRequested, m_settingsWindow.get(),
+            &SettingsWindow::show);
+
+    // No dock or task bar presence: every notch window tells the window manager to leave it out
+    // of the task bar and pager as it is first shown. The settings window is an ordinary window.
+
+    setupMenu();
+    m_appInitialized = true;
+}
+
+void AppDelegate::removeUpdateAvailableActivity()
+{
+    m_settings.update(Keys::liveActivitiesSettings(), [](LiveActivitiesSettings& settings) {
+        settings.enabledLiveActivities.erase(LiveActivity::updateAvailable);
+    });
+}
+
+void AppDelegate::setupMenu()
+{
+    m_nsMenu = std::make_unique<ApplicationMenu>([this](ApplicationMenu::Action action) {
+        if (action == ApplicationMenu::Action::showSettings)
+            showSettings();
+        else if (action == ApplicationMenu::Action::quit)
+            terminate();
+    });
+}
+
+void AppDelegate::applicationWillTerminate()
+{
+    if (m_terminated)
+        return;
+    m_terminated = true;
+    // Never leave the desktop without its own volume and brightness pop-up. Anything still queued
+    // for the pop-up helper runs first.
+    m_hudQueue.sync([this] { m_hud.enableSystemHUD(); });
+    // Settings reach the disk as they change; stores that keep data in memory save here.
+}
+
+bool AppDelegate::applicationShouldHandleReopen(bool /*hasVisibleWindows*/)
+{
+    showSettings();
+    return true;
+}
+
+void AppDelegate::openUrls(const QList<QUrl>& /*urls*/) { showSettings(); }
+
+void AppDelegate::showSettings(const QString& pane)
+{
+    if (m_windowsManager)
+        m_windowsManager->showSettings(pane);
+}
+
+void AppDelegate::terminate() { QCoreApplication::quit(); }
+
+} // namespace kelvane

@@ -1,0 +1,76 @@
+#pragma once
+
+#include "core/QtScheduler.h"
+#include "core/SerialQueue.h"
+#include "core/TimersManager.h"
+#include "hud/HUDManager.h"
+#include "notch/HapticFeedback.h"
+#include "notch/NotchCommands.h"
+#include "notch/WindowsManager.h"
+#include "platform/linux/QtProcessRunner.h"
+#include "platform/linux/QtScreenProvider.h"
+#include "settings/NativeSettingsDomain.h"
+#include "settings/SettingsStore.h"
+#include "ui/ApplicationMenu.h"
+#include "ui/QuickNotchWindowFactory.h"
+#include "ui/SettingsWindow.h"
+
+#include <QObject>
+#include <QUrl>
+
+#include <memory>
+
+namespace kelvane {
+
+// The application: starts the long-lived managers in their order, answers re-launches and
+// opened URLs with the settings window, and gives the system back what it borrowed when it ends.
+class AppDelegate : public QObject {
+    Q_OBJECT
+public:
+    AppDelegate();
+    ~AppDelegate() override;
+
+    void applicationDidFinishLaunching();
+    // Runs once, however the process ends; later calls do nothing.
+    void applicationWillTerminate();
+    // A second launch of the application: the settings window comes forward.
+    bool applicationShouldHandleReopen(bool hasVisibleWindows);
+    // Files or addresses handed to the application are not opened: the settings window shows.
+    void openUrls(const QList<QUrl>& urls);
+    void showSettings(const QString& pane = {});
+    // Ends the application (the menu's "Quit Kelvane").
+    void terminate();
+
+    bool appInitialized() const { return m_appInitialized; }
+    WindowsManager* windowsManager() const { return m_windowsManager; }
+    SettingsStore& settings() { return m_settings; }
+    NotchCommands* notchCommands() const { return m_notchCommands.get(); }
+    SettingsWindow* settingsWindow() const { return m_settingsWindow.get(); }
+
+private:
+    void removeUpdateAvailableActivity();
+    void setupMenu();
+
+    // Services every manager may use, there before the launch sequence.
+    QtScheduler m_scheduler;
+    TimersManager m_timers{m_scheduler};
+    NativeSettingsDomain m_domain;
+    SettingsStore m_settings{m_domain};
+    QtProcessRunner m_processRunner;
+    HUDManager m_hud;
+    SerialQueue m_hudQueue;
+
+    QtScreenProvider m_screens;
+    QuickNotchWindowFactory m_windowFactory;
+    NullHapticFeedback m_haptics;
+    std::unique_ptr<WindowsManager> m_ownedWindowsManager;
+    std::unique_ptr<NotchCommands> m_notchCommands;
+    std::unique_ptr<SettingsWindow> m_settingsWindow;
+
+    WindowsManager* m_windowsManager = nullptr;
+    std::unique_ptr<ApplicationMenu> m_nsMenu;
+    bool m_appInitialized = false;
+    bool m_terminated = false;
+};
+
+} // namespace kelvane

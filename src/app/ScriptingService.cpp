@@ -1,0 +1,174 @@
+#include "ScriptingService.h"
+
+#include "AppDelegate.h"
+#include "Identity.h"
+
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QTimer>
+#include <QUrl>
+
+namespace kelvane {
+
+namespace {
+// JSON text of any value, scalars included.
+QString jsonText(const QJsonValue& value)
+{
+    const QByteArray wrapped = QJsonDocument(QJsonArray{value}).toJson(QJsonDocument::Compact);
+    return QString::fromUtf8(wrapped.sliced(1, wrapped.size() - 2));
+}
+
+std::optional<QJsonValue> parseJson(const QString& text, QString& error)
+{
+    QJsonParseError parse;
+    const QJsonDocument document =
+        QJsonDocument::fromJson(QByteArray("[") + text.toUtf8() + QByteArray("]"), &parse);
+    if (parse.error != QJsonParseError::NoError || document.array().size() != 1) {
+        error = parse.error != QJsonParseError::NoError ? parse.errorString()
+                                                        : QStringLiteral("expected one value");
+        return std::nullopt;
+    }
+    return document.array().first();
+}
+} // namespace
+
+ScriptingService::ScriptingService(QObject* parent)
+    : QObject(parent)
+{
+}
+
+QString ScriptingService::errorName()
+{
+    return QLatin1StringView(identity::interfaceName) + QStringLiteral(".Error");
+}
+
+bool ScriptingService::ready()
+{
+    if (m_delegate && m_delegate->appInitialized())
+        return true;
+    fail(QStringLiteral("Kelvane is still starting."));
+    return false;
+}
+
+void ScriptingService::fail(const QString& message)
+{
+    if (calledFromDBus())
+        sendErrorReply(errorName(), message);
+}
+
+void ScriptingService::Reopen()
+{
+    if (ready())
+        m_delegate->applicationShouldHandleReopen(true);
+}
+
+void ScriptingService::OpenURLs(const QStringList& urls)
+{
+    if (!ready())
+        return;
+    QList<QUrl> list;
+    for (const QString& url : urls)
+        list << QUrl(url);
+    m_delegate->openUrls(list);
+}
+
+void ScriptingService::ShowSettings(const QString& pane)
+{
+    if (!ready())
+        return;
+    if (!pane.isEmpty() && !SettingsWindow::panes().contains(pane)) {
+        fail(QStringLiteral("Unknown settings pane \"%1\": use %2.")
+                 .arg(pane, SettingsWindow::panes().join(QStringLiteral(", "))));
+        return;
+    }
+    m_delegate->showSettings(pane);
+}
+
+QString ScriptingService::State()
+{
+    if (!ready())
+        return {};
+    return QString::fromUtf8(QJsonDocument(m_delegate->notchCommands()->state()).toJson(QJsonDocument::Indented));
+}
+
+void ScriptingService::Open(const QString& tab, const QString& screen)
+{
+    if (ready())
+        if (auto error = m_delegate->notchCommands()->open(tab, screen))
+            fail(*error);
+}
+
+void ScriptingService::Close(const QString& screen)
+{
+    if (ready())
+        if (auto error = m_delegate->notchCommands()->close(screen))
+            fail(*error);
+}
+
+void ScriptingService::Hide(const QString& screen)
+{
+    if (ready())
+        if (auto error = m_delegate->notchCommands()->hide(screen))
+            fail(*error);
+}
+
+void ScriptingService::Select(const QString& tab, const QString& screen)
+{
+    if (ready())
+        if (auto error = m_delegate->notchCommands()->select(tab, screen))
+            fail(*error);
+}
+
+QStringList ScriptingService::SettingKeys() { return SettingsStore::keyNames(); }
+
+QString ScriptingService::GetSetting(const QString& key)
+{
+    if (!ready())
+        return {};
+    const auto value = m_delegate->settings().jsonValue(key);
+    if (!value) {
+        fail(QStringLiteral("Unknown setting \"%1\".").arg(key));
+        return {};
+    }
+    return jsonText(*value);
+}
+
+void ScriptingService::SetSetting(const QString& key, const QString& json)
+{
+    if (!ready())
+        return;
+    QString parseError;
+    const auto value = parseJson(json, parseError);
+    if (!value) {
+        fail(QStringLiteral("Not JSON (%1); nothing was written.").arg(parseError));
+        return;
+    }
+    switch (m_delegate->settings().setJsonValue(key, *value)) {
+    case SettingsStore::WriteResult::written:
+        return;
+    case SettingsStore::WriteResult::unknownKey:
+        fail(QStringLiteral("Unknown setting \"%1\".").arg(key));
+        return;
+    case SettingsStore::WriteResult::invalidValue:
+        fail(QStringLiteral("The value is not a valid %1; nothing was written.").arg(key));
+        return;
+    }
+}
+
+void ScriptingService::ResetSettings()
+{
+    if (ready())
+        m_delegate->settings().resetDefaults();
+}
+
+void ScriptingService::Quit()
+{
+    if (!ready())
+        return;
+    // The reply goes out first; the application ends from the main loop.
+    QTimer::singleShot(0, m_delegate, [delegate = m_delegate] { delegate->terminate(); });
+}
+
+} // namespace kelvane

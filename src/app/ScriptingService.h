@@ -1,0 +1,45 @@
+#pragma once
+
+#include <QDBusContext>
+#include <QObject>
+#include <QStringList>
+
+namespace kelvane {
+
+class AppDelegate;
+
+// The agent's scripting surface on the session bus: what `kelvanectl` and a second launch ask of
+// the running agent. Errors are answered as D-Bus errors whose message is one line for the user.
+class ScriptingService : public QObject, protected QDBusContext {
+    Q_OBJECT
+public:
+    explicit ScriptingService(QObject* parent = nullptr);
+    // Calls wait in the main loop's queue until the application has started, so the object can
+    // be published before the application exists.
+    void setDelegate(AppDelegate* delegate) { m_delegate = delegate; }
+
+    static QString errorName();
+
+public Q_SLOTS:
+    void Reopen();
+    void OpenURLs(const QStringList& urls);
+    void ShowSettings(const QString& pane);
+    QString State();
+    void Open(const QString& tab, const QString& screen);
+    void Close(const QString& screen);
+    void Hide(const QString& screen);
+    void Select(const QString& tab, const QString& screen);
+    QStringList SettingKeys();
+    QString GetSetting(const QString& key);
+    void SetSetting(const QString& key, const QString& json);
+    void ResetSettings();
+    void Quit();
+
+private:
+    bool ready();
+    void fail(const QString& message);
+
+    AppDelegate* m_delegate = nullptr;
+};
+
+} // namespace kelvane

@@ -1,0 +1,28 @@
+#pragma once
+
+#include "ScopedEnvironment.h"
+
+#include <QProcess>
+#include <QString>
+
+namespace kelvane::test {
+
+// A private D-Bus session bus for one test: its own dbus-daemon, whose address is this process's
+// DBUS_SESSION_BUS_ADDRESS while it lives, so every program the test starts meets only it.
+class SessionBus {
+public:
+    SessionBus();
+    ~SessionBus();
+    SessionBus(const SessionBus&) = delete;
+    SessionBus& operator=(const SessionBus&) = delete;
+
+    bool isRunning() const { return !m_address.isEmpty(); }
+    QString address() const { return m_address; }
+
+private:
+    QProcess m_daemon;
+    QString m_address;
+    ScopedEnvironment m_env;
+};
+
+} // namespace kelvane::test
