@@ -4,77 +4,16 @@
 //  - resident memory after 5 s idle;
 //  - wake-ups per second while idle with the notch closed (context switches of all threads).
 
+#include "BenchSupport.h"
+
 #include <X11/Xlib.h>
 #include <X11/Xutil.h>
 
-#include <algorithm>
-#include <chrono>
-#include <cstdio>
-#include <cstdlib>
-#include <cstring>
 #include <dirent.h>
-#include <fcntl.h>
-#include <fstream>
-#include <poll.h>
-#include <signal.h>
-#include <string>
-#include <sys/wait.h>
-#include <thread>
-#include <unistd.h>
-#include <vector>
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
-
-pid_t spawn(const std::vector<std::string>& argv, const std::vector<std::string>& env = {})
-{
-    const pid_t pid = fork();
-    if (pid == 0) {
-        for (const auto& e : env)
-            putenv(const_cast<char*>(e.c_str()));
-        const int null = open("/dev/null", O_WRONLY);
-        dup2(null, STDOUT_FILENO);
-        dup2(null, STDERR_FILENO);
-        std::vector<char*> args;
-        for (const auto& a : argv)
-            args.push_back(const_cast<char*>(a.c_str()));
-        args.push_back(nullptr);
-        execvp(args[0], args.data());
-        _exit(127);
-    }
-    return pid;
-}
-
-void stop(pid_t pid)
-{
-    kill(pid, SIGTERM);
-    waitpid(pid, nullptr, 0);
-}
-
-std::string startXvfb(pid_t& pid)
-{
-    int fds[2];
-    if (pipe(fds) != 0)
-        return {};
-    pid = fork();
-    if (pid == 0) {
-        close(fds[0]);
-        const int null = open("/dev/null", O_WRONLY);
-        dup2(null, STDERR_FILENO);
-        const std::string fd = std::to_string(fds[1]);
-        execlp("Xvfb", "Xvfb", "-displayfd", fd.c_str(), "-screen", "0", "2792x982x24", "-noreset",
-               "-nolisten", "tcp", static_cast<char*>(nullptr));
-        _exit(127);
-    }
-    close(fds[1]);
-    char buffer[32] = {};
-    pollfd pfd{fds[0], POLLIN, 0};
-    if (poll(&pfd, 1, 15000) <= 0 || read(fds[0], buffer, sizeof buffer - 1) <= 0)
-        return {};
-    close(fds[0]);
-    return ":" + std::string(buffer, strcspn(buffer, "\n"));
-}
+using namespace bench;
 
 bool nameStartsWith(Display* display, Window window, const char* prefix)
 {
@@ -108,22 +47,6 @@ double timeToMapped(Display* display, const std::vector<std::string>& argv,
     return -1;
 }
 
-double median(std::vector<double> values)
-{
-    std::sort(values.begin(), values.end());
-    return values[values.size() / 2];
-}
-
-long statusField(const std::string& path, const char* field)
-{
-    std::ifstream in(path);
-    std::string line;
-    while (std::getline(in, line))
-        if (line.rfind(field, 0) == 0)
-            return std::atol(line.c_str() + std::strlen(field));
-    return 0;
-}
-
 long contextSwitches(pid_t pid)
 {
     long total = 0;
@@ -147,8 +70,6 @@ double wakeupsPerSecond(pid_t pid, int seconds)
     std::this_thread::sleep_for(std::chrono::seconds(seconds));
     return double(contextSwitches(pid) - before) / seconds;
 }
-
-const char* verdict(bool met) { return met ? "met" : "NOT met"; }
 
 } // namespace
 
@@ -178,8 +99,11 @@ int main()
     if (!mkdtemp(home))
         return 1;
     const std::string h = home;
+    pid_t bus = -1;
+    const std::string busAddress = startSessionBus(bus);
     const std::vector<std::string> env = {"HOME=" + h, "XDG_CONFIG_HOME=" + h + "/config",
-                                          "XDG_RUNTIME_DIR=" + h, "DISPLAY=" + display};
+                                          "XDG_DATA_HOME=" + h + "/data", "XDG_RUNTIME_DIR=" + h,
+                                          "DISPLAY=" + display, "DBUS_SESSION_BUS_ADDRESS=" + busAddress};
 
     XSelectInput(x, DefaultRootWindow(x), SubstructureNotifyMask);
 
@@ -215,6 +139,7 @@ int main()
 
     stop(pid);
     XCloseDisplay(x);
+    stop(bus);
     stop(xvfb);
     std::system(("rm -rf " + h).c_str());
     return 0;

@@ -105,6 +105,13 @@ TEST(Agent, PutsANotchOnEveryMonitorAndFollowsHotPlug)
     ASSERT_TRUE(agent.waitForNotches(2));
     EXPECT_EQ(notchWindows(), (QStringList{"620x178+1714+-1", "620x178+446+-1"}));
 
+    // No task bar or pager entry, on every workspace.
+    QString ids, hints;
+    XvfbServer::current()->run("xdotool", {"search", "--name", "Kelvane Notch"}, &ids);
+    XvfbServer::current()->run("xprop", {"-id", ids.section('\n', 0, 0), "_NET_WM_STATE"}, &hints);
+    EXPECT_TRUE(hints.contains("_NET_WM_STATE_SKIP_TASKBAR, _NET_WM_STATE_SKIP_PAGER, _NET_WM_STATE_STICKY"))
+        << hints;
+
     EXPECT_EQ(agent.process.state(), QProcess::Running);
     EXPECT_EQ(agent.readOutput(), QString());
 }
@@ -170,6 +177,8 @@ TEST(Agent, HandsASecondLaunchOverAndEndsCleanlyOnSigterm)
     }
     EXPECT_EQ(ctl({"settings", "set", "preferredOpenMode", "\"tray\""}).status, 0);
 
+    // A second signal while it ends (an impatient session) changes nothing.
+    ::kill(static_cast<pid_t>(agent.process.processId()), SIGTERM);
     ::kill(static_cast<pid_t>(agent.process.processId()), SIGTERM);
     ASSERT_TRUE(agent.process.waitForFinished(10000));
     EXPECT_EQ(agent.process.exitCode(), 0);

@@ -1,0 +1,113 @@
+#pragma once
+// Small helpers shared by the benchmarks: child processes, a private X server and session bus,
+// and statistics.
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <fstream>
+#include <poll.h>
+#include <signal.h>
+#include <string>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+#include <vector>
+
+namespace bench {
+
+using Clock = std::chrono::steady_clock;
+
+inline pid_t spawn(const std::vector<std::string>& argv, const std::vector<std::string>& env = {})
+{
+    const pid_t pid = fork();
+    if (pid == 0) {
+        for (const auto& e : env)
+            putenv(const_cast<char*>(e.c_str()));
+        const int null = open("/dev/null", O_WRONLY);
+        dup2(null, STDOUT_FILENO);
+        dup2(null, STDERR_FILENO);
+        std::vector<char*> args;
+        for (const auto& a : argv)
+            args.push_back(const_cast<char*>(a.c_str()));
+        args.push_back(nullptr);
+        execvp(args[0], args.data());
+        _exit(127);
+    }
+    return pid;
+}
+
+inline void stop(pid_t pid)
+{
+    kill(pid, SIGTERM);
+    waitpid(pid, nullptr, 0);
+}
+
+// Starts a program that prints one line on standard output when it is ready (a display number,
+// a bus address) and returns that line.
+inline std::string startAndReadLine(std::vector<std::string> argv, pid_t& pid)
+{
+    int fds[2];
+    if (pipe(fds) != 0)
+        return {};
+    pid = fork();
+    if (pid == 0) {
+        close(fds[0]);
+        const int null = open("/dev/null", O_WRONLY);
+        dup2(null, STDERR_FILENO);
+        dup2(fds[1], STDOUT_FILENO);
+        std::vector<char*> args;
+        for (auto& a : argv)
+            args.push_back(a.data());
+        args.push_back(nullptr);
+        execvp(args[0], args.data());
+        _exit(127);
+    }
+    close(fds[1]);
+    std::string line;
+    char c = 0;
+    pollfd pfd{fds[0], POLLIN, 0};
+    while (line.find('\n') == std::string::npos && poll(&pfd, 1, 15000) > 0 && read(fds[0], &c, 1) == 1)
+        line += c;
+    close(fds[0]);
+    if (line.empty() || line.back() != '\n')
+        return {};
+    line.pop_back();
+    return line;
+}
+
+inline std::string startXvfb(pid_t& pid)
+{
+    const std::string number = startAndReadLine(
+        {"Xvfb", "-screen", "0", "2792x982x24", "-noreset", "-nolisten", "tcp", "-displayfd", "1"}, pid);
+    return number.empty() ? std::string() : ":" + number;
+}
+
+// A private session bus, so that the benchmark never meets the user's own agent.
+inline std::string startSessionBus(pid_t& pid)
+{
+    return startAndReadLine({"dbus-daemon", "--session", "--nofork", "--nopidfile", "--print-address=1"}, pid);
+}
+
+inline double median(std::vector<double> values)
+{
+    std::sort(values.begin(), values.end());
+    return values[values.size() / 2];
+}
+
+inline long statusField(const std::string& path, const char* field)
+{
+    std::ifstream in(path);
+    std::string line;
+    while (std::getline(in, line))
+        if (line.rfind(field, 0) == 0)
+            return std::atol(line.c_str() + std::strlen(field));
+    return 0;
+}
+
+inline const char* verdict(bool met) { return met ? "met" : "NOT met"; }
+
+} // namespace bench
