@@ -59,10 +59,11 @@ QJsonObject NotchCommands::state() const
     return {{QStringLiteral("notches"), notches}};
 }
 
-std::optional<QString> NotchCommands::targets(const QString& screen, Default fallback,
-                                              std::vector<DisplayKit*>& kits) const
+NotchCommands::Error NotchCommands::forEachTarget(const QString& screen, Default fallback,
+                                                 const std::function<void(DisplayKit&)>& action)
 {
     QObject* main = m_screens.mainScreen();
+    std::vector<DisplayKit*> kits;
     for (const auto& kit : m_windows.displayKits()) {
         const bool wanted = !screen.isEmpty() ? screenKey(*kit) == screen
                             : fallback == Default::everyScreen ? true
@@ -70,11 +71,13 @@ std::optional<QString> NotchCommands::targets(const QString& screen, Default fal
         if (wanted)
             kits.push_back(kit.get());
     }
-    if (!kits.empty())
-        return std::nullopt;
-    if (!screen.isEmpty())
+    if (kits.empty() && !screen.isEmpty())
         return QStringLiteral("No notch on screen \"%1\".").arg(screen);
-    return QStringLiteral("No notch is shown.");
+    if (kits.empty())
+        return QStringLiteral("No notch is shown.");
+    for (DisplayKit* kit : kits)
+        action(*kit);
+    return std::nullopt;
 }
 
 NotchCommands::Error NotchCommands::checkTab(const QString& tab)
@@ -89,50 +92,32 @@ NotchCommands::Error NotchCommands::open(const QString& tab, const QString& scre
     if (!tab.isEmpty())
         if (auto error = checkTab(tab))
             return error;
-    std::vector<DisplayKit*> kits;
-    if (auto error = targets(screen, Default::mainScreen, kits))
-        return error;
     const auto mode = KelvaneState::fromRawValue(tab).value_or(KelvaneState::Mode::tuckle);
-    for (DisplayKit* kit : kits) {
-        kit->controller->openNotch(mode);
+    return forEachTarget(screen, Default::mainScreen, [&](DisplayKit& kit) {
+        kit.controller->openNotch(mode);
         // A hidden notch only comes back, and the tray may win over the widgets when it has
         // files: the tab asked for is chosen afterwards.
-        if (!tab.isEmpty() && kit->kelvane->modeName() != tab)
-            kit->kelvane->selectNamed(tab);
-    }
-    return std::nullopt;
+        if (!tab.isEmpty() && kit.kelvane->modeName() != tab)
+            kit.kelvane->selectNamed(tab);
+    });
 }
 
 NotchCommands::Error NotchCommands::close(const QString& screen)
 {
-    std::vector<DisplayKit*> kits;
-    if (auto error = targets(screen, Default::everyScreen, kits))
-        return error;
-    for (DisplayKit* kit : kits)
-        kit->controller->closeNotch(false, true);
-    return std::nullopt;
+    return forEachTarget(screen, Default::everyScreen,
+                         [](DisplayKit& kit) { kit.controller->closeNotch(false, true); });
 }
 
 NotchCommands::Error NotchCommands::hide(const QString& screen)
 {
-    std::vector<DisplayKit*> kits;
-    if (auto error = targets(screen, Default::everyScreen, kits))
-        return error;
-    for (DisplayKit* kit : kits)
-        kit->controller->hideNotch();
-    return std::nullopt;
+    return forEachTarget(screen, Default::everyScreen, [](DisplayKit& kit) { kit.controller->hideNotch(); });
 }
 
 NotchCommands::Error NotchCommands::select(const QString& tab, const QString& screen)
 {
     if (auto error = checkTab(tab))
         return error;
-    std::vector<DisplayKit*> kits;
-    if (auto error = targets(screen, Default::mainScreen, kits))
-        return error;
-    for (DisplayKit* kit : kits)
-        kit->kelvane->selectNamed(tab);
-    return std::nullopt;
+    return forEachTarget(screen, Default::mainScreen, [&](DisplayKit& kit) { kit.kelvane->selectNamed(tab); });
 }
 
 } // namespace kelvane

@@ -3,6 +3,7 @@
 #include <QJsonObject>
 #include <QString>
 
+#include <functional>
 #include <optional>
 
 namespace kelvane {
@@ -30,8 +31,8 @@ public:
 
 private:
     enum class Default { mainScreen, everyScreen };
-    // The notches a command acts on, or an error.
-    std::optional<QString> targets(const QString& screen, Default fallback, std::vector<DisplayKit*>& kits) const;
+    // Runs `action` on the notches a command acts on; an error when there are none.
+    Error forEachTarget(const QString& screen, Default fallback, const std::function<void(DisplayKit&)>& action);
     static Error checkTab(const QString& tab);
 
     WindowsManager& m_windows;
