@@ -26,6 +26,8 @@ AppDelegate::AppDelegate()
     TimersManager::setShared(&m_timers);
     SettingsStore::setShared(&m_settings);
     HUDManager::setShared(&m_hud);
+    ActiveLiveActivitiesManager::setShared(&m_liveActivities);
+    LiveActivitySelectionManager::setShared(&m_liveActivitySelection);
 }
 
 AppDelegate::~AppDelegate()
@@ -35,6 +37,8 @@ AppDelegate::~AppDelegate()
     m_notchCommands.reset();
     WindowsManager::setShared(nullptr);
     m_ownedWindowsManager.reset();
+    LiveActivitySelectionManager::setShared(nullptr);
+    ActiveLiveActivitiesManager::setShared(nullptr);
     HUDManager::setShared(nullptr);
     SettingsStore::setShared(nullptr);
     TimersManager::setShared(nullptr);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "activities/ActiveLiveActivitiesManager.h"
+#include "activities/LiveActivitySelectionManager.h"
 #include "core/QtScheduler.h"
 #include "core/SerialQueue.h"
 #include "core/TimersManager.h"
@@ -59,6 +61,8 @@ private:
     QtProcessRunner m_processRunner;
     HUDManager m_hud;
     SerialQueue m_hudQueue;
+    ActiveLiveActivitiesManager m_liveActivities{m_settings};
+    LiveActivitySelectionManager m_liveActivitySelection;
 
     QtScreenProvider m_screens;
     QuickNotchWindowFactory m_windowFactory;

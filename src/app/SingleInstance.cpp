@@ -7,6 +7,8 @@
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
+#include <QDBusMetaType>
+#include <QDBusVariant>
 #include <QDir>
 #include <QUrl>
 
@@ -20,6 +22,8 @@ const QString interfaceName = QLatin1StringView(identity::interfaceName);
 
 SingleInstance::Role SingleInstance::claim(QObject* service)
 {
+    // Qt's D-Bus types are registered on this thread before the connection's thread races to.
+    QDBusMetaType::typeToSignature(QMetaType::fromType<QDBusVariant>());
     QDBusConnection bus = QDBusConnection::sessionBus();
     if (!bus.isConnected()) {
         logLine(u"AppDelegate", QStringLiteral("No D-Bus session bus: single instance and scripting are off."));

@@ -6,6 +6,8 @@
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
+#include <QDBusMetaType>
+#include <QDBusVariant>
 #include <QDeadlineTimer>
 #include <QThread>
 
@@ -132,6 +134,9 @@ int main(int argc, char** argv)
     if (!request)
         return usageError(error);
 
+    // Qt's D-Bus types are registered here, on this thread, before the connection's own thread
+    // races to do it (a race that otherwise prints "invalid type" warnings now and then).
+    QDBusMetaType::typeToSignature(QMetaType::fromType<QDBusVariant>());
     QDBusConnection bus = QDBusConnection::sessionBus();
     if (!bus.isConnected() || !agentRunning(bus)) {
         printLine(stderr, QStringLiteral("kelvanectl: Kelvane is not running."));
