@@ -36,7 +36,7 @@ AppDelegate::~AppDelegate()
     m_settingsWindow.reset();
     m_notchCommands.reset();
     WindowsManager::setShared(nullptr);
-    m_ownedWindowsManager.reset();
+    m_windowsManager.reset();
     LiveActivitySelectionManager::setShared(nullptr);
     ActiveLiveActivitiesManager::setShared(nullptr);
     HUDManager::setShared(nullptr);
@@ -54,14 +54,13 @@ void AppDelegate::applicationDidFinishLaunching()
 
     // Then the Bluetooth and full-screen monitors, and the default notes.
 
-    m_ownedWindowsManager = std::make_unique<WindowsManager>(WindowsManager::Dependencies{
+    m_windowsManager = std::make_unique<WindowsManager>(WindowsManager::Dependencies{
         m_scheduler, m_settings, m_screens, m_windowFactory, m_haptics, [] { return 0; }});
-    WindowsManager::setShared(m_ownedWindowsManager.get());
-    m_windowsManager = m_ownedWindowsManager.get();
+    WindowsManager::setShared(m_windowsManager.get());
     m_notchCommands = std::make_unique<NotchCommands>(*m_windowsManager, m_screens);
     m_settingsWindow = std::make_unique<SettingsWindow>(m_windowFactory.engine(), m_settings,
                                                         [this] { terminate(); });
-    connect(m_windowsManager, &WindowsManager::settingsRequested, m_settingsWindow.get(),
+    connect(m_windowsManager.get(), &WindowsManager::settingsRequested, m_settingsWindow.get(),
             &SettingsWindow::show);
 
     // No dock or task bar presence: every notch window tells the window manager to leave it out

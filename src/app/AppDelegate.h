@@ -44,7 +44,7 @@ public:
     void terminate();
 
     bool appInitialized() const { return m_appInitialized; }
-    WindowsManager* windowsManager() const { return m_windowsManager; }
+    WindowsManager* windowsManager() const { return m_windowsManager.get(); }
     SettingsStore& settings() { return m_settings; }
     NotchCommands* notchCommands() const { return m_notchCommands.get(); }
     SettingsWindow* settingsWindow() const { return m_settingsWindow.get(); }
@@ -67,11 +67,11 @@ private:
     QtScreenProvider m_screens;
     QuickNotchWindowFactory m_windowFactory;
     NullHapticFeedback m_haptics;
-    std::unique_ptr<WindowsManager> m_ownedWindowsManager;
     std::unique_ptr<NotchCommands> m_notchCommands;
     std::unique_ptr<SettingsWindow> m_settingsWindow;
 
-    WindowsManager* m_windowsManager = nullptr;
+    // Empty until the launch sequence creates it; every "show settings" path goes through it.
+    std::unique_ptr<WindowsManager> m_windowsManager;
     std::unique_ptr<ApplicationMenu> m_nsMenu;
     bool m_appInitialized = false;
     bool m_terminated = false;
