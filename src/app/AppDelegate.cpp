@@ -37,6 +37,10 @@ AppDelegate::~AppDelegate()
     m_notchCommands.reset();
     WindowsManager::setShared(nullptr);
     m_windowsManager.reset();
+    m_timerCommands.reset();
+    TuckleTimersStore::setShared(nullptr);
+    m_timersStore.reset();
+    m_selectedLiveActivity.reset();
     LiveActivitySelectionManager::setShared(nullptr);
     ActiveLiveActivitiesManager::setShared(nullptr);
     HUDManager::setShared(nullptr);
@@ -53,6 +57,19 @@ void AppDelegate::applicationDidFinishLaunching()
     removeUpdateAvailableActivity();
 
     // Then the Bluetooth and full-screen monitors, and the default notes.
+
+    // The timers and the top bar's activity exist before the notches that show them.
+    m_timersStore = std::make_unique<TuckleTimersStore>(
+        TuckleTimersStore::Dependencies{m_scheduler, m_timers, m_domain, m_liveActivities, m_sound});
+    TuckleTimersStore::setShared(m_timersStore.get());
+    m_timerCommands = std::make_unique<TimerCommands>(*m_timersStore);
+    m_selectedLiveActivity =
+        std::make_unique<SelectedLiveActivity>(m_liveActivities, m_liveActivitySelection, m_settings);
+    m_windowFactory.setServices({
+        {QStringLiteral("liveActivity"), QVariant::fromValue(static_cast<QObject*>(m_selectedLiveActivity.get()))},
+        {QStringLiteral("timers"), QVariant::fromValue(static_cast<QObject*>(m_timersStore.get()))},
+        {QStringLiteral("timerCommands"), QVariant::fromValue(static_cast<QObject*>(m_timerCommands.get()))},
+    });
 
     m_windowsManager = std::make_unique<WindowsManager>(WindowsManager::Dependencies{
         m_scheduler, m_settings, m_screens, m_windowFactory, m_haptics, [] { return 0; }});

@@ -2,6 +2,7 @@
 
 #include "activities/ActiveLiveActivitiesManager.h"
 #include "activities/LiveActivitySelectionManager.h"
+#include "activities/SelectedLiveActivity.h"
 #include "core/QtScheduler.h"
 #include "core/SerialQueue.h"
 #include "core/TimersManager.h"
@@ -9,10 +10,13 @@
 #include "notch/HapticFeedback.h"
 #include "notch/NotchCommands.h"
 #include "notch/WindowsManager.h"
+#include "platform/linux/CanberraSoundPlayer.h"
 #include "platform/linux/QtProcessRunner.h"
 #include "platform/linux/QtScreenProvider.h"
 #include "settings/NativeSettingsDomain.h"
 #include "settings/SettingsStore.h"
+#include "timers/TimerCommands.h"
+#include "timers/TuckleTimersStore.h"
 #include "ui/ApplicationMenu.h"
 #include "ui/QuickNotchWindowFactory.h"
 #include "ui/SettingsWindow.h"
@@ -48,6 +52,8 @@ public:
     SettingsStore& settings() { return m_settings; }
     NotchCommands* notchCommands() const { return m_notchCommands.get(); }
     SettingsWindow* settingsWindow() const { return m_settingsWindow.get(); }
+    TimerCommands* timerCommands() const { return m_timerCommands.get(); }
+    SelectedLiveActivity* selectedLiveActivity() const { return m_selectedLiveActivity.get(); }
 
 private:
     void removeUpdateAvailableActivity();
@@ -63,11 +69,15 @@ private:
     SerialQueue m_hudQueue;
     ActiveLiveActivitiesManager m_liveActivities{m_settings};
     LiveActivitySelectionManager m_liveActivitySelection;
+    CanberraSoundPlayer m_sound;
 
     QtScreenProvider m_screens;
     QuickNotchWindowFactory m_windowFactory;
     NullHapticFeedback m_haptics;
     std::unique_ptr<NotchCommands> m_notchCommands;
+    std::unique_ptr<SelectedLiveActivity> m_selectedLiveActivity;
+    std::unique_ptr<TuckleTimersStore> m_timersStore;
+    std::unique_ptr<TimerCommands> m_timerCommands;
     std::unique_ptr<SettingsWindow> m_settingsWindow;
 
     // Empty until the launch sequence creates it; every "show settings" path goes through it.

@@ -58,6 +58,12 @@ void ScriptingService::fail(const QString& message)
         sendErrorReply(errorName(), message);
 }
 
+void ScriptingService::failOn(const std::optional<QString>& error)
+{
+    if (error)
+        fail(*error);
+}
+
 void ScriptingService::Reopen()
 {
     if (ready())
@@ -161,6 +167,48 @@ void ScriptingService::ResetSettings()
 {
     if (ready())
         m_delegate->settings().resetDefaults();
+}
+
+QString ScriptingService::Activities()
+{
+    if (!ready())
+        return {};
+    return QString::fromUtf8(
+        QJsonDocument(m_delegate->selectedLiveActivity()->state()).toJson(QJsonDocument::Indented));
+}
+
+QString ScriptingService::Timers()
+{
+    if (!ready())
+        return {};
+    return QString::fromUtf8(QJsonDocument(m_delegate->timerCommands()->list()).toJson(QJsonDocument::Indented));
+}
+
+QString ScriptingService::AddTimer(const QString& label, const QString& duration)
+{
+    if (!ready())
+        return {};
+    const TimerCommands::Added added = m_delegate->timerCommands()->add(label, duration);
+    failOn(added.error);
+    return added.timer ? added.timer->idText() : QString();
+}
+
+void ScriptingService::PauseTimer(const QString& id)
+{
+    if (ready())
+        failOn(m_delegate->timerCommands()->pause(id));
+}
+
+void ScriptingService::ResumeTimer(const QString& id)
+{
+    if (ready())
+        failOn(m_delegate->timerCommands()->resume(id));
+}
+
+void ScriptingService::CancelTimer(const QString& id)
+{
+    if (ready())
+        failOn(m_delegate->timerCommands()->cancel(id));
 }
 
 void ScriptingService::Quit()

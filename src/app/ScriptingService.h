@@ -33,10 +33,17 @@ public Q_SLOTS:
     QString GetSetting(const QString& key);
     void SetSetting(const QString& key, const QString& json);
     void ResetSettings();
+    QString Activities();
+    QString Timers();
+    QString AddTimer(const QString& label, const QString& duration);
+    void PauseTimer(const QString& id);
+    void ResumeTimer(const QString& id);
+    void CancelTimer(const QString& id);
     void Quit();
 
 private:
     bool ready();
+    void failOn(const std::optional<QString>& error);
     void fail(const QString& message);
 
     AppDelegate* m_delegate = nullptr;

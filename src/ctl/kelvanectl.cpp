@@ -30,6 +30,10 @@ Commands:
   settings set KEY JSON              write a setting (only a value that fits the setting is written)
   settings reset                     the general settings page's reset
   show-settings [PANE]               bring the settings window forward
+  activities                         live activities: raised, shown, and the one the top bar shows
+  timer add LABEL DURATION           start a timer (DURATION: 90, 90s, 5m, 1h30m, 1:30); prints its id
+  timer list                         every timer: id, label, state, total and remaining seconds
+  timer pause|resume|cancel ID       act on a timer (ID: its id or the first characters of it)
   quit                               end the agent and wait until it has ended
 )";
 
@@ -95,6 +99,24 @@ std::optional<Request> parse(QStringList args, QString& error)
         return Request{QStringLiteral("ShowSettings"), {rest.value(0)}};
     if (command == QLatin1StringView("quit") && expect(0, 0))
         return Request{QStringLiteral("Quit"), {}};
+    if (command == QLatin1StringView("activities") && expect(0, 0))
+        return Request{QStringLiteral("Activities"), {}};
+    if (command == QLatin1StringView("timer") && expect(1, 3)) {
+        const QString action = rest.at(0);
+        if (action == QLatin1StringView("list") && rest.size() == 1)
+            return Request{QStringLiteral("Timers"), {}};
+        if (action == QLatin1StringView("add") && rest.size() == 3)
+            return Request{QStringLiteral("AddTimer"), {rest.at(1), rest.at(2)}};
+        const struct {
+            const char* action;
+            const char* method;
+        } byId[] = {{"pause", "PauseTimer"}, {"resume", "ResumeTimer"}, {"cancel", "CancelTimer"}};
+        for (const auto& entry : byId)
+            if (action == QLatin1StringView(entry.action) && rest.size() == 2)
+                return Request{QString::fromLatin1(entry.method), {rest.at(1)}};
+        error = QStringLiteral("use timer add LABEL DURATION, list, or pause|resume|cancel ID.");
+        return std::nullopt;
+    }
     if (command == QLatin1StringView("settings") && expect(1, 3)) {
         const QString action = rest.at(0);
         if (action == QLatin1StringView("list") && rest.size() == 1)

@@ -54,6 +54,8 @@ QJsonObject NotchCommands::state() const
             {QStringLiteral("hidden"), kelvane.hidden()},
             {QStringLiteral("locked"), kelvane.locked()},
             {QStringLiteral("indicator"), indicatorJson(kelvane.indicator())},
+            {QStringLiteral("topBarText"),
+             kit->windowController ? kit->windowController->topBarText() : QString()},
         });
     }
     return {{QStringLiteral("notches"), notches}};

@@ -30,6 +30,9 @@ public:
     virtual QRectF frame() const = 0;
     // Shows the window in front, whether or not the application is active.
     virtual void orderFront() = 0;
+    // The text the closed notch's top bar shows beside the camera now, as drawn; empty when it
+    // shows none.
+    virtual QString topBarText() const { return {}; }
 };
 
 struct NotchWindowSetup {

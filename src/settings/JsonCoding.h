@@ -173,6 +173,8 @@ QJsonValue encode(const T& value)
 {
     if constexpr (std::is_same_v<T, bool> || std::is_same_v<T, int> || std::is_same_v<T, double>) {
         return QJsonValue(value);
+    } else if constexpr (std::is_same_v<T, qint64>) {
+        return QJsonValue(static_cast<double>(value));
     } else if constexpr (std::is_same_v<T, QString>) {
         return QJsonValue(value);
     } else if constexpr (std::is_same_v<T, QUrl>) {
@@ -207,6 +209,15 @@ std::optional<T> decode(const QJsonValue& json)
             d > std::numeric_limits<int>::max())
             return std::nullopt;
         return static_cast<int>(d);
+    } else if constexpr (std::is_same_v<T, qint64>) {
+        // Whole numbers that a JSON number holds exactly.
+        constexpr double exact = 9007199254740992.0;
+        if (!json.isDouble())
+            return std::nullopt;
+        const double d = json.toDouble();
+        if (std::trunc(d) != d || d < -exact || d > exact)
+            return std::nullopt;
+        return static_cast<qint64>(d);
     } else if constexpr (std::is_same_v<T, double>) {
         if (!json.isDouble())
             return std::nullopt;

@@ -17,7 +17,7 @@
 
 namespace kelvane {
 
-QuickNotchWindow::QuickNotchWindow(const NotchWindowSetup& setup, QQmlEngine& engine)
+QuickNotchWindow::QuickNotchWindow(const NotchWindowSetup& setup, QQmlEngine& engine, const QVariantMap& services)
     : m_view(std::make_unique<QQuickView>(&engine, nullptr))
     , m_screenFrame(setup.screen.frame)
     , m_viewModel(setup.viewModel)
@@ -36,7 +36,8 @@ QuickNotchWindow::QuickNotchWindow(const NotchWindowSetup& setup, QQmlEngine& en
     // Until the views have drawn, the window takes no clicks anywhere but on the notch's place.
     setInputRegion(0, 0, 1, 1);
 
-    m_view->setInitialProperties({
+    QVariantMap properties = services;
+    properties.insert({
         {QStringLiteral("kelvane"), QVariant::fromValue(static_cast<QObject*>(setup.kelvane))},
         {QStringLiteral("viewModel"), QVariant::fromValue(static_cast<QObject*>(setup.viewModel))},
         {QStringLiteral("controller"), QVariant::fromValue(static_cast<QObject*>(setup.controller))},
@@ -44,6 +45,7 @@ QuickNotchWindow::QuickNotchWindow(const NotchWindowSetup& setup, QQmlEngine& en
          QVariant::fromValue(static_cast<QObject*>(setup.windowsManager))},
         {QStringLiteral("notchWindow"), QVariant::fromValue(static_cast<QObject*>(this))},
     });
+    m_view->setInitialProperties(properties);
     m_view->setSource(QUrl(QStringLiteral("qrc:/kelvane/ui/NotchView.qml")));
     if (m_view->status() == QQuickView::Error) {
         for (const QQmlError& error : m_view->errors())
@@ -101,6 +103,17 @@ void QuickNotchWindow::orderFront()
     // Off screen there is no stacking order to take part in.
     if (QGuiApplication::platformName() != QLatin1StringView("offscreen"))
         m_view->raise();
+}
+
+QString QuickNotchWindow::topBarText() const
+{
+    const QQuickItem* root = m_view->rootObject();
+    const auto* text = root ? root->findChild<QQuickItem*>(QStringLiteral("topBarText")) : nullptr;
+    // Only what can be seen: the item and its parents visible, none of them transparent.
+    for (const QQuickItem* item = text; item; item = item->parentItem())
+        if (!item->isVisible() || item->opacity() <= 0 || item->width() <= 0)
+            return {};
+    return text ? text->property("text").toString() : QString();
 }
 
 void QuickNotchWindow::setInputRegion(double x, double y, double width, double height)

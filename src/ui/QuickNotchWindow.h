@@ -14,8 +14,10 @@ namespace kelvane {
 class QuickNotchWindow final : public QObject, public NotchWindow {
     Q_OBJECT
 public:
-    // Every notch window shares the one QML engine of the application.
-    QuickNotchWindow(const NotchWindowSetup& setup, QQmlEngine& engine);
+    // Every notch window shares the one QML engine of the application. `services` are the
+    // application's models that the views show (the live activities, the timers), by the name of
+    // the view's property.
+    QuickNotchWindow(const NotchWindowSetup& setup, QQmlEngine& engine, const QVariantMap& services = {});
     ~QuickNotchWindow() override;
 
     void setResignKeyHandler(std::function<void()> handler) override;
@@ -24,6 +26,7 @@ public:
     void close() override;
     QRectF frame() const override;
     void orderFront() override;
+    QString topBarText() const override;
 
     QQuickView* view() const { return m_view.get(); }
 

@@ -7,6 +7,9 @@
 #include "notch/NotchController.h"
 #include "notch/NotchViewModel.h"
 #include "notch/WindowsManager.h"
+#include "activities/SelectedLiveActivity.h"
+#include "timers/TimerCommands.h"
+#include "timers/TuckleTimersStore.h"
 
 #include <QQmlEngine>
 
@@ -27,6 +30,11 @@ void registerTypes()
     qmlRegisterUncreatableType<NotchController>(uri, 1, 0, "NotchController", owned);
     qmlRegisterUncreatableType<WindowsManager>(uri, 1, 0, "WindowsManager", owned);
     qmlRegisterUncreatableType<QuickNotchWindow>(uri, 1, 0, "NotchWindow", owned);
+    const QString application = QStringLiteral("owned by the application");
+    qmlRegisterUncreatableType<SelectedLiveActivity>(uri, 1, 0, "SelectedLiveActivity", application);
+    qmlRegisterUncreatableType<TuckleTimersStore>(uri, 1, 0, "TimersStore", application);
+    qmlRegisterUncreatableType<TimerCommands>(uri, 1, 0, "TimerCommands", application);
+    qmlRegisterUncreatableType<TimerEntry>(uri, 1, 0, "TimerEntry", application);
 }
 } // namespace
 
@@ -37,7 +45,7 @@ QuickNotchWindowFactory::QuickNotchWindowFactory()
 
 std::unique_ptr<NotchWindow> QuickNotchWindowFactory::createWindow(const NotchWindowSetup& setup)
 {
-    return std::make_unique<QuickNotchWindow>(setup, m_engine);
+    return std::make_unique<QuickNotchWindow>(setup, m_engine, m_services);
 }
 
 } // namespace kelvane

@@ -12,9 +12,12 @@ public:
     std::unique_ptr<NotchWindow> createWindow(const NotchWindowSetup& setup) override;
     // The one QML engine of the agent, for its other windows too.
     QQmlEngine& engine() { return m_engine; }
+    // Models every notch view shows, by property name; windows made later receive them.
+    void setServices(QVariantMap services) { m_services = std::move(services); }
 
 private:
     QQmlEngine m_engine;
+    QVariantMap m_services;
 };
 
 } // namespace kelvane

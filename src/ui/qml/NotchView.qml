@@ -11,14 +11,34 @@ Item {
     required property NotchController controller
     required property WindowsManager windowsManager
     required property NotchWindow notchWindow
+    // The application's models; a notch without them shows no activity and no timers.
+    property SelectedLiveActivity liveActivity: null
+    property TimersStore timers: null
+    property TimerCommands timerCommands: null
 
     readonly property bool isOpen: kelvane.modeName !== "closed"
     readonly property size drawn: viewModel.drawnNotchSize
     readonly property real indicatorWing: kelvane.hasIndicator && !isOpen ? drawn.height * 2.5 : 0
 
+    // The live activity beside the camera of the closed notch; the level indicator takes its place.
+    readonly property string activityName: {
+        if (!liveActivity || isOpen || kelvane.hidden || kelvane.hasIndicator)
+            return ""
+        if (liveActivity.hiddenInNonNotchedScreens && viewModel.isNonNotch)
+            return ""
+        return liveActivity.name
+    }
+    readonly property string activityText: activityName === "timerExpired" ? (timers ? timers.expiredText : "")
+        : activityName === "" ? "" : liveActivity.displayName
+    readonly property real activityFontSize: Math.max(10, drawn.height * 0.4)
+    TextMetrics { id: activityMetrics; font.pixelSize: root.activityFontSize; text: root.activityText }
+    readonly property real activityWing: activityName === "" ? 0
+        : Math.max(drawn.height * 1.25, activityMetrics.advanceWidth + drawn.height * 0.75)
+    readonly property real wing: Math.max(indicatorWing, activityWing)
+
     readonly property real targetWidth: kelvane.hidden ? 0
         : isOpen ? viewModel.openFootprint.width
-        : (drawn.width + 2 * indicatorWing) * viewModel.hoverScale
+        : (drawn.width + 2 * wing) * viewModel.hoverScale
     readonly property real targetHeight: kelvane.hidden ? 0
         : isOpen ? viewModel.openFootprint.height
         : drawn.height * viewModel.hoverScale
@@ -87,11 +107,42 @@ Item {
             }
         }
 
+        // The activity: its symbol left of the camera, its text right of it.
+        Item {
+            id: activityBar
+            width: parent.width
+            height: root.drawn.height * root.viewModel.hoverScale
+            opacity: root.activityName !== "" && shape.width >= (root.drawn.width + 1.8 * root.activityWing) ? 1 : 0
+            visible: opacity > 0
+            Behavior on opacity { NumberAnimation { duration: 150 } }
+
+            ActivityGlyph {
+                kind: root.activityName
+                anchors.left: parent.left
+                anchors.leftMargin: root.drawn.height * 0.35
+                anchors.verticalCenter: parent.verticalCenter
+                width: root.drawn.height * 0.6
+                height: width
+            }
+            Text {
+                objectName: "topBarText"
+                anchors.right: parent.right
+                anchors.rightMargin: root.drawn.height * 0.35
+                anchors.verticalCenter: parent.verticalCenter
+                text: root.activityText
+                color: "white"
+                font.pixelSize: root.activityFontSize
+            }
+        }
+
         PanelContent {
             anchors.fill: parent
             anchors.topMargin: root.drawn.height
             anchors.margins: root.viewModel.contentPadding
             kelvane: root.kelvane
+            timers: root.timers
+            timerCommands: root.timerCommands
+            notchWindow: root.notchWindow
             opacity: root.isOpen && shape.height > root.viewModel.openFootprint.height * 0.6 ? 1 : 0
             visible: opacity > 0
             Behavior on opacity { NumberAnimation { duration: 120 } }

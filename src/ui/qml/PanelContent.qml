@@ -5,6 +5,9 @@ import Kelvane
 Item {
     id: panel
     required property KelvaneState kelvane
+    property QtObject timers: null
+    property QtObject timerCommands: null
+    property QtObject notchWindow: null
     readonly property string mode: kelvane.modeName
 
     Row {
@@ -32,13 +35,21 @@ Item {
         }
     }
 
+    TimersWidget {
+        anchors.fill: parent
+        anchors.topMargin: tabs.height + 8
+        visible: panel.mode === "tuckle"
+        timers: panel.timers
+        commands: panel.timerCommands
+        notchWindow: panel.notchWindow
+    }
+
     Text {
         anchors.centerIn: parent
         anchors.verticalCenterOffset: tabs.height / 2
+        visible: panel.mode !== "tuckle"
         color: "#a0a0a5"
         font.pixelSize: 13
-        text: panel.mode === "tray" ? "No files in the tray"
-            : panel.mode === "dragging" ? "Release to keep in the tray"
-            : "Widgets"
+        text: panel.mode === "tray" ? "No files in the tray" : "Release to keep in the tray"
     }
 }
