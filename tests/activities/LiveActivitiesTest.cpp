@@ -1,5 +1,8 @@
 #include "activities/ActiveLiveActivitiesManager.h"
 #include "activities/LiveActivitySelectionManager.h"
+#include "activities/SelectedLiveActivity.h"
+
+#include <QJsonArray>
 
 #include <QSignalSpy>
 #include <QTest>
@@ -133,4 +136,32 @@ TEST(LiveActivitySelection, TheMostUrgentActivityThatHasSomethingToShowWins)
     lapsed.showEventTimeLapsed = true;
     EXPECT_TRUE(selection.shouldShowEventTimeView(lapsed));
     EXPECT_FALSE(LiveActivitySelectionManager().shouldShowEventTimeView(lapsed));
+}
+
+TEST(SelectedLiveActivity, FollowsTheRaisedSetTheSettingsAndTheBattery)
+{
+    Registry r;
+    LiveActivitySelectionManager selection;
+    SelectedLiveActivity top(r.manager, selection, r.settings);
+    QSignalSpy changed(&top, &SelectedLiveActivity::selectedChanged);
+    const auto shows = [&] { return top.name(); };
+
+    r.manager.insertSync(A::media);
+    EXPECT_EQ(shows(), "media");
+    r.manager.insertSync(A::batteryVisualizer);
+    r.configure({A::media, A::batteryVisualizer}, true);
+    EXPECT_EQ(shows(), "media"); // no battery known yet
+    top.setBatteryStatusSource([] { return BatteryStatus{false, 0.8}; });
+    EXPECT_EQ(shows(), "batteryVisualizer");
+    r.manager.insertSync(A::timerExpired);
+    r.configure({}, false);
+    EXPECT_EQ(shows(), "timerExpired");
+    EXPECT_EQ(top.displayName(), "Timer Ended");
+    EXPECT_EQ(top.state(), (QJsonObject{{"raised", QJsonArray{"media", "batteryVisualizer", "timerExpired"}},
+                                        {"shown", QJsonArray{"timerExpired"}},
+                                        {"selected", "timerExpired"}}));
+    r.manager.removeSync(A::timerExpired);
+    EXPECT_EQ(shows(), "");
+    EXPECT_EQ(top.state()["selected"], QJsonValue());
+    EXPECT_EQ(changed.count(), 4);
 }

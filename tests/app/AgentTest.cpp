@@ -4,6 +4,8 @@
 #include "support/XvfbServer.h"
 
 #include <QDir>
+#include <QElapsedTimer>
+#include <QImage>
 #include <QFile>
 #include <QFileInfo>
 #include <QJsonArray>
@@ -190,6 +192,66 @@ TEST(Agent, HandsASecondLaunchOverAndEndsCleanlyOnSigterm)
     QSettings saved(confPath, QSettings::IniFormat);
     EXPECT_EQ(saved.value("preferredOpenMode").toString(), "tray");
     EXPECT_TRUE(saved.value("migratedFromLegacyBundleIdentifier").toBool());
+}
+
+// Bright pixels (text and symbols) in the top bar of the main screen's notch, beside the camera.
+int topBarInk(const QString& screenshot)
+{
+    const QJsonObject window = notch("M1")["window"].toObject();
+    // The closed notch, and so its top bar, lies within the top 40 pixels of the window.
+    const int closedHeight = 40;
+    QString ignored;
+    if (XvfbServer::current()->run("import", {"-window", "root", screenshot}, &ignored) != 0)
+        return -1;
+    const QImage band = QImage(screenshot).copy(window["x"].toInt(), 0, window["width"].toInt(), closedHeight);
+    int ink = 0;
+    for (int y = 0; y < band.height(); ++y)
+        for (int x = 0; x < band.width(); ++x)
+            ink += qGray(band.pixel(x, y)) > 128;
+    return ink;
+}
+
+// A timer started from a script ends in the top bar: announced for four seconds, then gone. A
+// saved timer list that cannot be read is dropped and the agent runs on.
+TEST(Agent, AnnouncesAnEndedTimerInTheTopBar)
+{
+    TemporaryHome home;
+    SessionBus bus;
+    QSettings(home.configPath() + "/kelvane/kelvane.conf", QSettings::IniFormat)
+        .setValue("tuckleTimerEntries", QByteArray("[{\"id\": \"not a timer\"}"));
+    RunningAgent agent;
+    ASSERT_TRUE(agent.waitForNotches(2));
+    EXPECT_EQ(ctl({"timer", "list"}).out, "[\n]\n");
+    const QString artifacts = KELVANE_ARTIFACTS;
+    ASSERT_TRUE(QDir().mkpath(artifacts));
+    EXPECT_EQ(topBarInk(artifacts + "/top-bar-at-rest.png"), 0);
+
+    QElapsedTimer clock;
+    clock.start();
+    const Result added = ctl({"timer", "add", "Tea", "2s"});
+    ASSERT_EQ(added.status, 0) << added.err.toStdString();
+    const auto topBar = [] { return notch("M1")["topBarText"].toString(); };
+    ASSERT_TRUE(waitUntil([&] { return topBar() == "\"Tea\" ended"; }, 6000));
+    const qint64 shownAt = clock.elapsed();
+    EXPECT_GE(shownAt, 2000);
+    EXPECT_LT(shownAt, 3500);
+    // The text fades in over a few frames.
+    EXPECT_TRUE(waitUntil([&] { return topBarInk(artifacts + "/top-bar-timer-ended.png") > 50; }, 1000));
+    const QJsonObject activities = QJsonDocument::fromJson(ctl({"activities"}).out.toUtf8()).object();
+    EXPECT_EQ(activities["selected"].toString(), "timerExpired");
+
+    ASSERT_TRUE(waitUntil([&] { return topBar().isEmpty(); }, 8000));
+    const qint64 shownFor = clock.elapsed() - shownAt;
+    EXPECT_GE(shownFor, 3300);
+    EXPECT_LT(shownFor, 5000);
+    EXPECT_TRUE(QJsonDocument::fromJson(ctl({"activities"}).out.toUtf8())["raised"].toArray().isEmpty());
+    EXPECT_TRUE(waitUntil([&] { return topBarInk(artifacts + "/top-bar-after.png") == 0; }, 2000));
+
+    const QJsonArray timers = QJsonDocument::fromJson(ctl({"timer", "list"}).out.toUtf8()).array();
+    ASSERT_EQ(timers.size(), 1);
+    EXPECT_EQ(timers[0].toObject()["state"].toString(), "expired");
+    EXPECT_EQ(ctl({"timer", "cancel", timers[0].toObject()["id"].toString().left(8)}).status, 0);
+    EXPECT_EQ(agent.process.state(), QProcess::Running);
 }
 
 // Without a session bus the agent runs alone and says so once; when its X server goes away with
