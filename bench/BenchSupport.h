@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <dirent.h>
 #include <fcntl.h>
 #include <fstream>
 #include <poll.h>
@@ -109,5 +110,91 @@ inline long statusField(const std::string& path, const char* field)
 }
 
 inline const char* verdict(bool met) { return met ? "met" : "NOT met"; }
+
+// Context switches of all the threads of a process: every wake-up counts at least one.
+inline long contextSwitches(pid_t pid)
+{
+    long total = 0;
+    const std::string tasks = "/proc/" + std::to_string(pid) + "/task";
+    if (DIR* dir = opendir(tasks.c_str())) {
+        while (dirent* entry = readdir(dir)) {
+            if (entry->d_name[0] == '.')
+                continue;
+            const std::string status = tasks + "/" + entry->d_name + "/status";
+            total += statusField(status, "voluntary_ctxt_switches:") +
+                     statusField(status, "nonvoluntary_ctxt_switches:");
+        }
+        closedir(dir);
+    }
+    return total;
+}
+
+inline double wakeupsPerSecond(pid_t pid, int seconds)
+{
+    const long before = contextSwitches(pid);
+    std::this_thread::sleep_for(std::chrono::seconds(seconds));
+    return double(contextSwitches(pid) - before) / seconds;
+}
+
+// Milliseconds from start to exit of a process, and its exit status.
+inline double timeToExit(const std::vector<std::string>& argv, const std::vector<std::string>& env, int& status)
+{
+    const auto start = Clock::now();
+    const pid_t pid = spawn(argv, env);
+    int raw = 0;
+    waitpid(pid, &raw, 0);
+    status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
+    return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
+}
+
+inline std::vector<std::string> sessionEnvironment(const std::string& home, const std::string& display,
+                                                   const std::string& busAddress)
+{
+    return {"HOME=" + home,         "XDG_CONFIG_HOME=" + home + "/config", "XDG_DATA_HOME=" + home + "/data",
+            "XDG_RUNTIME_DIR=" + home, "DISPLAY=" + display,             "DBUS_SESSION_BUS_ADDRESS=" + busAddress};
+}
+
+// The agent on a private X server and session bus, in a temporary home, answering kelvanectl.
+class AgentSession {
+public:
+    bool start(const char* agentBinary, const char* ctlBinary)
+    {
+        m_display = startXvfb(m_xvfb);
+        const std::string busAddress = startSessionBus(m_bus);
+        char home[] = "/tmp/kelvane-bench-XXXXXX";
+        if (m_display.empty() || busAddress.empty() || !mkdtemp(home)) {
+            std::fprintf(stderr, "could not start Xvfb or a session bus\n");
+            return false;
+        }
+        m_home = home;
+        env = sessionEnvironment(m_home, m_display, busAddress);
+        agent = spawn({agentBinary}, env);
+        int status = 1;
+        for (int attempt = 0; attempt < 200 && status != 0; ++attempt) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(50));
+            timeToExit({ctlBinary, "state"}, env, status);
+        }
+        if (status != 0)
+            std::fprintf(stderr, "the agent did not come up on the session bus\n");
+        return status == 0;
+    }
+    ~AgentSession()
+    {
+        for (pid_t pid : {agent, m_bus, m_xvfb})
+            if (pid > 0)
+                stop(pid);
+        if (!m_home.empty())
+            std::system(("rm -rf " + m_home).c_str());
+    }
+
+    pid_t agent = -1;
+    std::vector<std::string> env;
+
+private:
+    pid_t m_xvfb = -1;
+    pid_t m_bus = -1;
+    std::string m_display;
+    std::string m_home;
+};
 
 } // namespace bench

@@ -9,17 +9,6 @@ namespace {
 
 using namespace bench;
 
-// Milliseconds from start to exit of a process, and its exit status.
-double timeToExit(const std::vector<std::string>& argv, const std::vector<std::string>& env, int& status)
-{
-    const auto start = Clock::now();
-    const pid_t pid = spawn(argv, env);
-    int raw = 0;
-    waitpid(pid, &raw, 0);
-    status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
-    return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
-}
-
 struct Series {
     const char* name;
     std::vector<std::string> argv;
@@ -31,32 +20,11 @@ struct Series {
 
 int main()
 {
-    pid_t xvfb = -1;
-    pid_t bus = -1;
-    const std::string display = startXvfb(xvfb);
-    const std::string busAddress = startSessionBus(bus);
-    if (display.empty() || busAddress.empty()) {
-        std::fprintf(stderr, "could not start Xvfb or a session bus\n");
+    AgentSession session;
+    if (!session.start(KELVANE_BINARY, KELVANECTL_BINARY))
         return 1;
-    }
-    char home[] = "/tmp/kelvane-bench-XXXXXX";
-    if (!mkdtemp(home))
-        return 1;
-    const std::string h = home;
-    const std::vector<std::string> env = {"HOME=" + h, "XDG_CONFIG_HOME=" + h + "/config",
-                                          "XDG_DATA_HOME=" + h + "/data", "XDG_RUNTIME_DIR=" + h,
-                                          "DISPLAY=" + display, "DBUS_SESSION_BUS_ADDRESS=" + busAddress};
-
-    const pid_t agent = spawn({KELVANE_BINARY}, env);
+    const std::vector<std::string>& env = session.env;
     int status = 1;
-    for (int attempt = 0; attempt < 200 && status != 0; ++attempt) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(50));
-        timeToExit({KELVANECTL_BINARY, "state"}, env, status);
-    }
-    if (status != 0) {
-        std::fprintf(stderr, "the agent did not come up on the session bus\n");
-        return 1;
-    }
 
     Series series[] = {
         {"second kelvane launch, handed over", {KELVANE_BINARY}, {}},
@@ -83,9 +51,5 @@ int main()
     std::printf("  goal: a second launch hands over and exits in under 100 ms: %s\n",
                 verdict(series[0].failures == 0 && handover < 100));
 
-    stop(agent);
-    stop(bus);
-    stop(xvfb);
-    std::system(("rm -rf " + h).c_str());
     return 0;
 }

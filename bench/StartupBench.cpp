@@ -9,7 +9,6 @@
 #include <X11/Xlib.h>
 #include <X11/Xutil.h>
 
-#include <dirent.h>
 
 namespace {
 
@@ -47,30 +46,6 @@ double timeToMapped(Display* display, const std::vector<std::string>& argv,
     return -1;
 }
 
-long contextSwitches(pid_t pid)
-{
-    long total = 0;
-    const std::string tasks = "/proc/" + std::to_string(pid) + "/task";
-    if (DIR* dir = opendir(tasks.c_str())) {
-        while (dirent* entry = readdir(dir)) {
-            if (entry->d_name[0] == '.')
-                continue;
-            const std::string status = tasks + "/" + entry->d_name + "/status";
-            total += statusField(status, "voluntary_ctxt_switches:") +
-                     statusField(status, "nonvoluntary_ctxt_switches:");
-        }
-        closedir(dir);
-    }
-    return total;
-}
-
-double wakeupsPerSecond(pid_t pid, int seconds)
-{
-    const long before = contextSwitches(pid);
-    std::this_thread::sleep_for(std::chrono::seconds(seconds));
-    return double(contextSwitches(pid) - before) / seconds;
-}
-
 } // namespace
 
 int main()
@@ -101,9 +76,7 @@ int main()
     const std::string h = home;
     pid_t bus = -1;
     const std::string busAddress = startSessionBus(bus);
-    const std::vector<std::string> env = {"HOME=" + h, "XDG_CONFIG_HOME=" + h + "/config",
-                                          "XDG_DATA_HOME=" + h + "/data", "XDG_RUNTIME_DIR=" + h,
-                                          "DISPLAY=" + display, "DBUS_SESSION_BUS_ADDRESS=" + busAddress};
+    const std::vector<std::string> env = sessionEnvironment(h, display, busAddress);
 
     XSelectInput(x, DefaultRootWindow(x), SubstructureNotifyMask);
 

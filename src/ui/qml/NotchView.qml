@@ -17,6 +17,8 @@ Item {
     property TimerCommands timerCommands: null
 
     readonly property bool isOpen: kelvane.modeName !== "closed"
+    property bool panelBuilt: false
+    onIsOpenChanged: if (isOpen) panelBuilt = true
     readonly property size drawn: viewModel.drawnNotchSize
     readonly property real indicatorWing: kelvane.hasIndicator && !isOpen ? drawn.height * 2.5 : 0
 
@@ -135,17 +137,22 @@ Item {
             }
         }
 
-        PanelContent {
+        // The panel is built the first time the notch opens and then kept, so that a notch that
+        // is never opened costs nothing and a half-typed timer survives closing.
+        Loader {
             anchors.fill: parent
             anchors.topMargin: root.drawn.height
             anchors.margins: root.viewModel.contentPadding
-            kelvane: root.kelvane
-            timers: root.timers
-            timerCommands: root.timerCommands
-            notchWindow: root.notchWindow
+            active: root.panelBuilt
             opacity: root.isOpen && shape.height > root.viewModel.openFootprint.height * 0.6 ? 1 : 0
             visible: opacity > 0
             Behavior on opacity { NumberAnimation { duration: 120 } }
+            sourceComponent: PanelContent {
+                kelvane: root.kelvane
+                timers: root.timers
+                timerCommands: root.timerCommands
+                notchWindow: root.notchWindow
+            }
         }
     }
 }

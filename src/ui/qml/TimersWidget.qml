@@ -47,8 +47,7 @@ Item {
             Layout.fillHeight: true
             Layout.alignment: Qt.AlignTop
             spacing: 6
-            Text { text: "Timers"; color: "white"; font.pixelSize: 13; font.bold: true }
-            Field { id: labelField; objectName: "timerLabelField"; Layout.fillWidth: true; placeholderText: "Label"
+            Field { id: labelField; objectName: "timerLabelField"; Layout.fillWidth: true; placeholderText: "Timer label"
                     onAccepted: durationField.forceActiveFocus() }
             RowLayout {
                 Layout.fillWidth: true
