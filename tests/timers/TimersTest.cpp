@@ -10,6 +10,8 @@
 
 #include <gtest/gtest.h>
 
+#include <thread>
+
 using namespace kelvane;
 using namespace std::chrono_literals;
 using State = TimerEntry::State;
@@ -208,4 +210,12 @@ TEST(Timers, UnreadableSavedTimersLeaveAnEmptyList)
         t.store->add("Tea", 5);
         EXPECT_EQ(t.saved().size(), 1);
     }
+}
+
+TEST(TimersDeathTest, StopTheProgramWhenTouchedOffTheMainThread)
+{
+    Timers t;
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_DEATH(std::thread([&] { t.store->add("Tea", 5); }).join(),
+                 "Incorrect actor executor assumption; Expected same executor as ");
 }
