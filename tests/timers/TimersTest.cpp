@@ -144,29 +144,8 @@ TEST(Timers, PauseKeepsTheTimeLeftAndOnlyARunningTimerChanges)
     EXPECT_EQ(t.saved().size(), 1);
 }
 
-TEST(Timers, SavedWithTheirFieldsAndReferenceDates)
-{
-    Timers t;
-    t.scheduler.advance(1h); // 2026-01-05 10:00:00 UTC
-    t.store->add("Tea", 30);
-    t.store->pause(t.store->add("Rice", 600));
-    const QJsonArray saved = t.saved();
-    ASSERT_EQ(saved.size(), 2);
-    const QJsonObject running = saved[0].toObject();
-    EXPECT_EQ(running.keys(), (QStringList{"expiresAt", "id", "label", "remainingSeconds", "startedAt", "state",
-                                           "totalSeconds"}));
-    // Seconds since 2001-01-01 00:00:00 UTC.
-    EXPECT_EQ(running["startedAt"].toDouble(), 789300000.0);
-    EXPECT_EQ(running["expiresAt"].toDouble(), 789300030.0);
-    EXPECT_EQ(running["state"].toString(), "running");
-    EXPECT_EQ(running["id"].toString(), t.store->timers()[0]->idText());
-    const QJsonObject paused = saved[1].toObject();
-    EXPECT_FALSE(paused.contains("expiresAt"));
-    EXPECT_EQ(paused["state"].toString(), "paused");
-    EXPECT_EQ(paused["remainingSeconds"].toInt(), 600);
-}
-
-TEST(Timers, RestoredTimersCatchUpWithoutAnnouncingWhatEndedMeanwhile)
+// Saved at 10:00:00 with a running timer of 30 s and a paused one; restored later.
+TEST(Timers, SavedWithReferenceDatesAndRestoredWithoutAnnouncingWhatEndedMeanwhile)
 {
     const struct {
         std::chrono::milliseconds later;
@@ -175,9 +154,22 @@ TEST(Timers, RestoredTimersCatchUpWithoutAnnouncingWhatEndedMeanwhile)
     } cases[] = {{45s, State::expired, 0}, {10s, State::running, 20}, {30s, State::expired, 0}};
     for (const auto& c : cases) {
         Timers t;
-        t.scheduler.advance(1h);
+        t.scheduler.advance(1h); // 2026-01-05 10:00:00 UTC
         t.store->add("Tea", 30);
         t.store->pause(t.store->add("Rice", 600));
+        const QJsonArray saved = t.saved();
+        ASSERT_EQ(saved.size(), 2);
+        const QJsonObject running = saved[0].toObject();
+        EXPECT_EQ(running.keys(), (QStringList{"expiresAt", "id", "label", "remainingSeconds", "startedAt", "state",
+                                               "totalSeconds"}));
+        // Seconds since 2001-01-01 00:00:00 UTC.
+        EXPECT_EQ(running["startedAt"].toDouble(), 789300000.0);
+        EXPECT_EQ(running["expiresAt"].toDouble(), 789300030.0);
+        EXPECT_EQ(running["state"].toString(), "running");
+        EXPECT_EQ(running["id"].toString(), t.store->timers()[0]->idText());
+        EXPECT_FALSE(saved[1].toObject().contains("expiresAt"));
+        EXPECT_EQ(saved[1].toObject()["state"].toString(), "paused");
+
         t.restart(c.later);
         ASSERT_EQ(t.store->timers().size(), 2u);
         const TimerEntry& tea = *t.store->timers()[0];
