@@ -64,37 +64,38 @@ TimerEntry* TimerCommands::resolve(const QString& id, QString& error) const
     return found;
 }
 
-TimerCommands::Error TimerCommands::pause(const QString& id)
+TimerCommands::Error TimerCommands::act(const QString& id, const std::function<Error(TimerEntry&)>& action)
 {
     QString error;
     TimerEntry* timer = resolve(id, error);
-    if (!timer)
-        return error;
-    m_store.pause(timer);
-    return std::nullopt;
+    return timer ? action(*timer) : Error(error);
+}
+
+TimerCommands::Error TimerCommands::pause(const QString& id)
+{
+    return act(id, [this](TimerEntry& timer) -> Error {
+        m_store.pause(&timer);
+        return std::nullopt;
+    });
 }
 
 TimerCommands::Error TimerCommands::resume(const QString& id)
 {
-    QString error;
-    TimerEntry* timer = resolve(id, error);
-    if (!timer)
-        return error;
-    if (timer->state() == TimerEntry::State::expired)
-        return QStringLiteral("%1 has ended; it cannot run again.").arg(nameOf(*timer));
-    if (timer->state() == TimerEntry::State::paused)
-        m_store.start(timer);
-    return std::nullopt;
+    return act(id, [this](TimerEntry& timer) -> Error {
+        if (timer.state() == TimerEntry::State::expired)
+            return QStringLiteral("%1 has ended; it cannot run again.").arg(nameOf(timer));
+        if (timer.state() == TimerEntry::State::paused)
+            m_store.start(&timer);
+        return std::nullopt;
+    });
 }
 
 TimerCommands::Error TimerCommands::cancel(const QString& id)
 {
-    QString error;
-    TimerEntry* timer = resolve(id, error);
-    if (!timer)
-        return error;
-    m_store.cancel(timer);
-    return std::nullopt;
+    return act(id, [this](TimerEntry& timer) -> Error {
+        m_store.cancel(&timer);
+        return std::nullopt;
+    });
 }
 
 } // namespace kelvane

@@ -3,6 +3,7 @@
 #include <QJsonArray>
 #include <QObject>
 
+#include <functional>
 #include <optional>
 
 namespace kelvane {
@@ -37,6 +38,8 @@ public:
 
 private:
     TimerEntry* resolve(const QString& id, QString& error) const;
+    // Runs `action` on the timer that `id` names, or answers why there is none.
+    Error act(const QString& id, const std::function<Error(TimerEntry&)>& action);
 
     TuckleTimersStore& m_store;
 };
