@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ProcessRunner.h"
+#include "core/ProcessRunner.h"
 
 #include <chrono>
 #include <functional>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "hud/ProcessRunner.h"
+#include "core/ProcessRunner.h"
 
 namespace kelvane {
 

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "settings/SettingsTypes.h"
+
+#include <QString>
+#include <QStringList>
+
+#include <optional>
+
+namespace kelvane {
+
+// One application that publishes what it plays.
+struct NowPlayingSource {
+    QString bundleIdentifier;
+    QString displayName;
+    std::optional<qint32> pid;
+    bool operator==(const NowPlayingSource&) const = default;
+};
+
+// The player a pinned source is scripted by ("Music", "Spotify"); nothing for the system-wide source.
+std::optional<QString> appleScriptName(MediaSource source);
+// "com.apple.Music", "com.spotify.client"; nothing for the system-wide source.
+std::optional<QString> bundleIdentifier(MediaSource source);
+
+// Identifiers of well-known music players.
+const QStringList& knownMusicPlayers();
+
+namespace BrowserType {
+// The canonical identifier of the web browser an application identifier names, if it names one.
+std::optional<QString> getBrowserBundleId(const QString& identifier);
+bool isLikelyBrowserApp(const QString& identifier);
+} // namespace BrowserType
+
+} // namespace kelvane
