@@ -41,6 +41,8 @@ AppDelegate::~AppDelegate()
     TuckleTimersStore::setShared(nullptr);
     m_timersStore.reset();
     m_selectedLiveActivity.reset();
+    m_media.reset();
+    m_mediaEnvironment.reset();
     LiveActivitySelectionManager::setShared(nullptr);
     ActiveLiveActivitiesManager::setShared(nullptr);
     HUDManager::setShared(nullptr);
@@ -52,6 +54,11 @@ void AppDelegate::applicationDidFinishLaunching()
 {
     // The process-wide managers start first, in this order, as each of them lands:
     // calendar, shortcuts, media, power, output volume, wallpaper colours.
+
+    m_mediaEnvironment = std::make_unique<MprisMediaEnvironment>(QDBusConnection::sessionBus(),
+                                                                 QDBusConnection::systemBus());
+    m_media = std::make_unique<MediaManager>(
+        MediaManager::Dependencies{m_scheduler, m_timers, m_settings, m_liveActivities, *m_mediaEnvironment});
 
     // An "update available" activity never outlives the process that found the update.
     removeUpdateAvailableActivity();
@@ -69,6 +76,7 @@ void AppDelegate::applicationDidFinishLaunching()
         {QStringLiteral("liveActivity"), QVariant::fromValue(static_cast<QObject*>(m_selectedLiveActivity.get()))},
         {QStringLiteral("timers"), QVariant::fromValue(static_cast<QObject*>(m_timersStore.get()))},
         {QStringLiteral("timerCommands"), QVariant::fromValue(static_cast<QObject*>(m_timerCommands.get()))},
+        {QStringLiteral("media"), QVariant::fromValue(static_cast<QObject*>(m_media.get()))},
     });
 
     m_windowsManager = std::make_unique<WindowsManager>(WindowsManager::Dependencies{

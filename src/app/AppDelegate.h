@@ -9,8 +9,10 @@
 #include "hud/HUDManager.h"
 #include "notch/HapticFeedback.h"
 #include "notch/NotchCommands.h"
+#include "media/MediaManager.h"
 #include "notch/WindowsManager.h"
 #include "platform/linux/CanberraSoundPlayer.h"
+#include "platform/linux/MprisMediaEnvironment.h"
 #include "platform/linux/QtProcessRunner.h"
 #include "platform/linux/QtScreenProvider.h"
 #include "settings/NativeSettingsDomain.h"
@@ -54,6 +56,7 @@ public:
     SettingsWindow* settingsWindow() const { return m_settingsWindow.get(); }
     TimerCommands* timerCommands() const { return m_timerCommands.get(); }
     SelectedLiveActivity* selectedLiveActivity() const { return m_selectedLiveActivity.get(); }
+    MediaManager* media() const { return m_media.get(); }
 
 private:
     void removeUpdateAvailableActivity();
@@ -75,6 +78,8 @@ private:
     QuickNotchWindowFactory m_windowFactory;
     NullHapticFeedback m_haptics;
     std::unique_ptr<NotchCommands> m_notchCommands;
+    std::unique_ptr<MprisMediaEnvironment> m_mediaEnvironment;
+    std::unique_ptr<MediaManager> m_media;
     std::unique_ptr<SelectedLiveActivity> m_selectedLiveActivity;
     std::unique_ptr<TuckleTimersStore> m_timersStore;
     std::unique_ptr<TimerCommands> m_timerCommands;

@@ -1,6 +1,7 @@
 #include "ScriptingService.h"
 
 #include "AppDelegate.h"
+#include "media/MediaCommands.h"
 #include "Identity.h"
 
 #include <QDBusConnection>
@@ -209,6 +210,19 @@ void ScriptingService::CancelTimer(const QString& id)
 {
     if (ready())
         failOn(m_delegate->timerCommands()->cancel(id));
+}
+
+QString ScriptingService::Media()
+{
+    if (!ready())
+        return {};
+    return QString::fromUtf8(QJsonDocument(mediaState(*m_delegate->media())).toJson(QJsonDocument::Indented));
+}
+
+void ScriptingService::MediaCommand(const QString& command)
+{
+    if (ready())
+        failOn(performMediaCommand(*m_delegate->media(), command));
 }
 
 void ScriptingService::Quit()

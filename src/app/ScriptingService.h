@@ -39,6 +39,8 @@ public Q_SLOTS:
     void PauseTimer(const QString& id);
     void ResumeTimer(const QString& id);
     void CancelTimer(const QString& id);
+    QString Media();
+    void MediaCommand(const QString& command);
     void Quit();
 
 private:

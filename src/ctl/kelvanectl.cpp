@@ -34,6 +34,8 @@ Commands:
   timer add LABEL DURATION           start a timer (DURATION: 90, 90s, 5m, 1h30m, 1:30); prints its id
   timer list                         every timer: id, label, state, total and remaining seconds
   timer pause|resume|cancel ID       act on a timer (ID: its id or the first characters of it)
+  media                              what is playing: track, isPlaying, currentElapsedTime, duration, sources
+  media play-pause|next|previous     send a playback command to the playing application
   quit                               end the agent and wait until it has ended
 )";
 
@@ -116,6 +118,11 @@ std::optional<Request> parse(QStringList args, QString& error)
                 return Request{QString::fromLatin1(entry.method), {rest.at(1)}};
         error = QStringLiteral("use timer add LABEL DURATION, list, or pause|resume|cancel ID.");
         return std::nullopt;
+    }
+    if (command == QLatin1StringView("media") && expect(0, 1)) {
+        if (rest.isEmpty())
+            return Request{QStringLiteral("Media"), {}};
+        return Request{QStringLiteral("MediaCommand"), {rest.at(0)}};
     }
     if (command == QLatin1StringView("settings") && expect(1, 3)) {
         const QString action = rest.at(0);

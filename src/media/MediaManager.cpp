@@ -212,6 +212,7 @@ void MediaManager::handleTrackInfoUpdate(const TrackInfo& info)
 {
     if (m_deps.scheduler.clock().monotonic() < m_ignoreTrackUpdatesUntil)
         return;
+    ++m_trackUpdatesHandled;
     if (!info.payload || !info.payload->isPlaying) {
         resetData();
         return;
@@ -396,6 +397,13 @@ void MediaManager::openApp()
         m_deps.environment.activateApplication(source->bundleIdentifier);
     else if (!m_track.appBundleId.isEmpty())
         m_deps.environment.activateApplication(m_track.appBundleId);
+}
+
+void MediaManager::seek(double seconds)
+{
+    const double target = std::clamp(seconds, 0.0, m_duration.value_or(std::max(seconds, 0.0)));
+    if (m_functions.setElapsedTime && m_functions.setElapsedTime(target))
+        setElapsedTime(target);
 }
 
 void MediaManager::runAppleScript(const QString& script)

@@ -28,6 +28,9 @@ class MediaManager : public QObject {
     Q_PROPERTY(QString album READ album NOTIFY trackChanged)
     Q_PROPERTY(QString appName READ appName NOTIFY trackChanged)
     Q_PROPERTY(bool hasTrack READ hasTrack NOTIFY trackChanged)
+    Q_PROPERTY(bool hasArtwork READ hasArtwork NOTIFY trackChanged)
+    // Changes with the track: views that cache pictures key them by it.
+    Q_PROPERTY(QString albumId READ albumId NOTIFY trackChanged)
     Q_PROPERTY(bool isPlaying READ isPlaying NOTIFY isPlayingChanged)
     // Seconds; 0 while unknown.
     Q_PROPERTY(double duration READ durationSeconds NOTIFY durationChanged)
@@ -56,6 +59,10 @@ public:
     QString album() const { return m_track.album; }
     QString appName() const { return m_track.appName; }
     bool hasTrack() const { return !(m_track == Track::empty()); }
+    bool hasArtwork() const { return !m_track.albumArt.isNull(); }
+    QString albumId() const { return m_track.albumId(); }
+    // How many track records have been looked at since start (after the throttle).
+    int trackUpdatesHandled() const { return m_trackUpdatesHandled; }
     bool isPlaying() const { return m_isPlaying; }
     double elapsedTime() const { return m_elapsedTime; }
     std::optional<double> duration() const { return m_duration; }
@@ -80,6 +87,8 @@ public:
     Q_INVOKABLE void pauseAndDismiss();
     // Brings the playing application forward.
     Q_INVOKABLE void openApp();
+    // Moves playback to a point of the track, where the system can seek.
+    Q_INVOKABLE void seek(double seconds);
     void reconfigureMediaController();
     // Forgets the current track.
     void resetData();
@@ -132,6 +141,7 @@ private:
     std::unique_ptr<NowPlayingController> m_mediaController;
     ScheduledTask m_appRunningCheckTimer;
     int m_listenerGeneration = 0;
+    int m_trackUpdatesHandled = 0;
     int m_listenerRecoveryAttempt = 0;
     ScheduledTask m_listenerRecoveryWorkItem;
     double m_lastAppCheck = 0;

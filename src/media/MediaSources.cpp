@@ -34,6 +34,27 @@ const QStringList& knownMusicPlayers()
     return players;
 }
 
+QString canonicalPlayerIdentifier(const QString& name)
+{
+    if (const auto browser = BrowserType::getBrowserBundleId(name))
+        return *browser;
+    // The Linux names of the known players, by their canonical identifier.
+    static const QList<QStringList> players{
+        {QStringLiteral("com.apple.Music"), QStringLiteral("cider"), QStringLiteral("apple-music")},
+        {QStringLiteral("com.spotify.client"), QStringLiteral("spotify")},
+        {QStringLiteral("com.spotube.SpotubeMacOS"), QStringLiteral("spotube")},
+        {QStringLiteral("com.tidal.desktop"), QStringLiteral("tidal-hifi")},
+        {QStringLiteral("com.deezer.DeezerDesktop"), QStringLiteral("deezer-desktop"), QStringLiteral("deezer")},
+        {QStringLiteral("org.videolan.vlc"), QStringLiteral("vlc")},
+        {QStringLiteral("com.feishin.feishin"), QStringLiteral("feishin")}};
+    const QString lowered = name.toLower();
+    for (const QStringList& names : players)
+        for (const QString& alias : names)
+            if (alias.toLower() == lowered)
+                return names.first();
+    return name;
+}
+
 namespace BrowserType {
 
 std::optional<QString> getBrowserBundleId(const QString& identifier)

@@ -25,6 +25,11 @@ std::optional<QString> bundleIdentifier(MediaSource source);
 // Identifiers of well-known music players.
 const QStringList& knownMusicPlayers();
 
+// The canonical identifier of a player that a desktop names by its desktop entry or its name on
+// the session bus ("spotify" is "com.spotify.client", "firefox-esr" is "org.mozilla.firefox");
+// any other name stands for itself.
+QString canonicalPlayerIdentifier(const QString& name);
+
 namespace BrowserType {
 // The canonical identifier of the web browser an application identifier names, if it names one.
 std::optional<QString> getBrowserBundleId(const QString& identifier);

@@ -1,0 +1,539 @@
+#include "MprisPlayers.h"
+
+#include "media/MediaSources.h"
+
+#include <QDBusArgument>
+#include <QDBusConnectionInterface>
+#include <QDBusMessage>
+#include <QDBusObjectPath>
+#include <QDBusPendingCallWatcher>
+#include <QDBusVariant>
+#include <QNetworkAccessManager>
+#include <QNetworkReply>
+#include <QPointer>
+#include <QThreadPool>
+#include <QUrl>
+
+#include <algorithm>
+
+namespace kelvane {
+
+namespace {
+const QString objectPath = QStringLiteral("/org/mpris/MediaPlayer2");
+const QString rootInterface = QStringLiteral("org.mpris.MediaPlayer2");
+const QString playerInterface = QStringLiteral("org.mpris.MediaPlayer2.Player");
+const QString propertiesInterface = QStringLiteral("org.freedesktop.DBus.Properties");
+const QString busService = QStringLiteral("org.freedesktop.DBus");
+// Artwork is shown small; a larger picture is scaled down once, when it arrives.
+constexpr int artworkSide = 512;
+constexpr qint64 artworkMaxBytes = 16 * 1024 * 1024;
+constexpr int callTimeoutMs = 5000;
+
+// D-Bus values as plain Qt values: variants unwrapped, dictionaries as maps, arrays as lists.
+QVariant plain(const QVariant& value)
+{
+    if (value.userType() == qMetaTypeId<QDBusVariant>())
+        return plain(value.value<QDBusVariant>().variant());
+    if (value.userType() != qMetaTypeId<QDBusArgument>())
+        return value;
+    const QDBusArgument argument = value.value<QDBusArgument>();
+    switch (argument.currentType()) {
+    case QDBusArgument::MapType: {
+        QVariantMap map;
+        argument.beginMap();
+        while (!argument.atEnd()) {
+            argument.beginMapEntry();
+            const QString key = plain(argument.asVariant()).toString();
+            map.insert(key, plain(argument.asVariant()));
+            argument.endMapEntry();
+        }
+        argument.endMap();
+        return map;
+    }
+    case QDBusArgument::ArrayType: {
+        QVariantList list;
+        argument.beginArray();
+        while (!argument.atEnd())
+            list.append(plain(argument.asVariant()));
+        argument.endArray();
+        return list;
+    }
+    default:
+        return argument.asVariant();
+    }
+}
+
+QVariantMap plainMap(const QVariant& value) { return plain(value).toMap(); }
+
+QString joined(const QVariant& value)
+{
+    if (value.userType() == QMetaType::QString)
+        return value.toString();
+    QStringList parts;
+    for (const QVariant& part : value.toList())
+        parts.append(part.toString());
+    if (parts.isEmpty())
+        parts = value.toStringList();
+    return parts.join(QStringLiteral(", "));
+}
+
+std::optional<qint64> micros(const QVariant& value)
+{
+    bool ok = false;
+    const qint64 number = value.toLongLong(&ok);
+    if (ok)
+        return number;
+    const double real = value.toDouble(&ok);
+    return ok ? std::optional<qint64>(static_cast<qint64>(real)) : std::nullopt;
+}
+
+QString trackId(const QVariantMap& metadata)
+{
+    const QVariant id = metadata.value(QStringLiteral("mpris:trackid"));
+    if (id.userType() == qMetaTypeId<QDBusObjectPath>())
+        return id.value<QDBusObjectPath>().path();
+    return id.toString();
+}
+
+QImage artworkFrom(QImage image)
+{
+    if (image.width() > artworkSide || image.height() > artworkSide)
+        image = image.scaled(artworkSide, artworkSide, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+    return image;
+}
+} // namespace
+
+QString MprisPlayer::bundleIdentifier() const
+{
+    QString name = desktopEntry;
+    if (name.isEmpty()) {
+        name = busName.mid(MprisPlayers::prefix().size());
+        // Players that may run more than once add ".instance<pid>".
+        if (const qsizetype instance = name.indexOf(QStringLiteral(".instance")); instance > 0)
+            name.truncate(instance);
+    }
+    return canonicalPlayerIdentifier(name);
+}
+
+QString MprisPlayer::displayName() const
+{
+    if (!identity.isEmpty())
+        return identity;
+    return desktopEntry.isEmpty() ? busName.mid(MprisPlayers::prefix().size()) : desktopEntry;
+}
+
+std::optional<qint64> MprisPlayer::currentPositionMicros() const
+{
+    if (!positionMicros)
+        return std::nullopt;
+    if (playbackStatus != QLatin1String("Playing") || !positionReadAt.isValid())
+        return positionMicros;
+    return *positionMicros + positionReadAt.nsecsElapsed() / 1000;
+}
+
+TrackInfo MprisPlayer::trackInfo() const
+{
+    QString title = metadata.value(QStringLiteral("xesam:title")).toString();
+    if (title.isEmpty())
+        title = QUrl(metadata.value(QStringLiteral("xesam:url")).toString()).fileName();
+    if (playbackStatus == QLatin1String("Stopped") || title.isEmpty())
+        return {};
+    TrackInfo::Payload payload;
+    payload.title = title;
+    if (const QVariant artist = metadata.value(QStringLiteral("xesam:artist")); artist.isValid())
+        payload.artist = joined(artist);
+    if (const QVariant album = metadata.value(QStringLiteral("xesam:album")); album.isValid())
+        payload.album = album.toString();
+    payload.applicationName = displayName();
+    payload.bundleIdentifier = bundleIdentifier();
+    if (playbackStatus == QLatin1String("Playing") || playbackStatus == QLatin1String("Paused"))
+        payload.isPlaying = playbackStatus == QLatin1String("Playing");
+    if (const auto length = micros(metadata.value(QStringLiteral("mpris:length"))); length && *length > 0)
+        payload.durationMicros = static_cast<double>(*length);
+    if (const auto position = currentPositionMicros())
+        payload.elapsedTimeMicros = static_cast<double>(std::max<qint64>(0, *position));
+    payload.artwork = artwork;
+    return TrackInfo{payload};
+}
+
+int MprisPlayer::rank() const
+{
+    if (playbackStatus == QLatin1String("Playing"))
+        return 2;
+    return playbackStatus == QLatin1String("Paused") ? 1 : 0;
+}
+
+MprisPlayers::MprisPlayers(QDBusConnection bus, QObject* parent)
+    : QObject(parent)
+    , m_bus(std::move(bus))
+{
+    if (!m_bus.isConnected()) {
+        m_scanned = true;
+        return;
+    }
+    m_bus.connect(busService, QStringLiteral("/org/freedesktop/DBus"), busService, QStringLiteral("NameOwnerChanged"),
+                  this, SLOT(onNameOwnerChanged(QString, QString, QString)));
+    m_bus.connect(QString(), objectPath, propertiesInterface, QStringLiteral("PropertiesChanged"), this,
+                  SLOT(onPropertiesChanged(QDBusMessage)));
+    m_bus.connect(QString(), objectPath, playerInterface, QStringLiteral("Seeked"), this, SLOT(onSeeked(QDBusMessage)));
+
+    const auto listNames = QDBusMessage::createMethodCall(busService, QStringLiteral("/org/freedesktop/DBus"),
+                                                          busService, QStringLiteral("ListNames"));
+    auto* watcher = new QDBusPendingCallWatcher(m_bus.asyncCall(listNames, callTimeoutMs), this);
+    connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher] {
+        watcher->deleteLater();
+        const QDBusMessage reply = watcher->reply();
+        const QStringList names = reply.arguments().value(0).toStringList();
+        for (const QString& name : names)
+            if (name.startsWith(prefix()) && !m_players.contains(name)) {
+                m_scanWaiting.insert(name);
+                add(name, QString());
+            }
+        if (m_scanWaiting.isEmpty()) {
+            m_scanned = true;
+            Q_EMIT scanned();
+        }
+    });
+}
+
+MprisPlayers::~MprisPlayers() = default;
+
+QString MprisPlayers::prefix() { return QStringLiteral("org.mpris.MediaPlayer2."); }
+
+QList<const MprisPlayer*> MprisPlayers::players() const
+{
+    QList<const MprisPlayer*> ready;
+    for (const QString& name : m_order)
+        if (const auto it = m_players.constFind(name); it != m_players.cend() && it->ready)
+            ready.append(&*it);
+    return ready;
+}
+
+const MprisPlayer* MprisPlayers::player(const QString& busName) const
+{
+    const auto it = m_players.constFind(busName);
+    return it != m_players.cend() && it->ready ? &*it : nullptr;
+}
+
+const MprisPlayer* MprisPlayers::best() const
+{
+    const MprisPlayer* chosen = nullptr;
+    for (const MprisPlayer* candidate : players())
+        if (!chosen || candidate->rank() > chosen->rank() ||
+            (candidate->rank() == chosen->rank() && candidate->lastStarted > chosen->lastStarted))
+            chosen = candidate;
+    return chosen;
+}
+
+const MprisPlayer* MprisPlayers::find(const QString& identifierOrName) const
+{
+    const QString canonical = canonicalPlayerIdentifier(identifierOrName);
+    for (const MprisPlayer* candidate : players())
+        if (candidate->bundleIdentifier() == canonical ||
+            candidate->identity.compare(identifierOrName, Qt::CaseInsensitive) == 0 ||
+            candidate->busName.mid(prefix().size()).compare(identifierOrName, Qt::CaseInsensitive) == 0)
+            return candidate;
+    return nullptr;
+}
+
+bool MprisPlayers::isRegistered(const QString& busName)
+{
+    return m_bus.isConnected() && m_bus.interface()->isServiceRegistered(busName).value();
+}
+
+bool MprisPlayers::call(const QString& busName, const QString& method, const QVariantList& arguments)
+{
+    const QString interface = method == QLatin1String("Raise") ? rootInterface : playerInterface;
+    QDBusMessage message = QDBusMessage::createMethodCall(busName, objectPath, interface, method);
+    message.setArguments(arguments);
+    // Sent without waiting: a player that hangs does not hang the notch.
+    return m_bus.send(message);
+}
+
+bool MprisPlayers::send(const QString& busName, MediaCommand command)
+{
+    switch (command) {
+    case MediaCommand::play:
+        return call(busName, QStringLiteral("Play"));
+    case MediaCommand::pause:
+        return call(busName, QStringLiteral("Pause"));
+    case MediaCommand::togglePlayPause:
+        return call(busName, QStringLiteral("PlayPause"));
+    case MediaCommand::nextTrack:
+        return call(busName, QStringLiteral("Next"));
+    case MediaCommand::previousTrack:
+        return call(busName, QStringLiteral("Previous"));
+    }
+    return false;
+}
+
+bool MprisPlayers::setPosition(const QString& busName, qint64 micros)
+{
+    const MprisPlayer* target = player(busName);
+    if (!target || trackId(target->metadata).isEmpty())
+        return false;
+    return call(busName, QStringLiteral("SetPosition"),
+                {QVariant::fromValue(QDBusObjectPath(trackId(target->metadata))), QVariant::fromValue(micros)});
+}
+
+bool MprisPlayers::raise(const QString& busName) { return call(busName, QStringLiteral("Raise")); }
+
+template <class Handler>
+void MprisPlayers::whenReplied(const QDBusMessage& message, const QString& busName, Handler handler)
+{
+    const quint64 generation = m_generation.value(busName);
+    auto* watcher = new QDBusPendingCallWatcher(m_bus.asyncCall(message, callTimeoutMs), this);
+    connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher, busName, generation, handler] {
+        watcher->deleteLater();
+        if (m_generation.value(busName) == generation && m_players.contains(busName))
+            handler(watcher->reply());
+    });
+}
+
+void MprisPlayers::add(const QString& busName, const QString& owner)
+{
+    m_generation.insert(busName, m_nextGeneration++);
+    MprisPlayer& player = m_players[busName];
+    player = MprisPlayer{};
+    player.busName = busName;
+    player.owner = owner;
+    m_order.removeAll(busName);
+    m_order.append(busName);
+
+    if (owner.isEmpty()) {
+        // Found by the listing: its owner is asked for first, as its signals come from it.
+        m_repliesDue.insert(busName, 1);
+        const auto getOwner = QDBusMessage::createMethodCall(busService, QStringLiteral("/org/freedesktop/DBus"),
+                                                             busService, QStringLiteral("GetNameOwner"))
+                              << busName;
+        whenReplied(getOwner, busName, [this, busName](const QDBusMessage& reply) {
+            if (reply.type() != QDBusMessage::ReplyMessage) {
+                remove(busName);
+                return;
+            }
+            add(busName, reply.arguments().value(0).toString());
+        });
+        return;
+    }
+
+    m_repliesDue.insert(busName, 3);
+    const auto getAll = [&](const QString& interface) {
+        return QDBusMessage::createMethodCall(busName, objectPath, propertiesInterface, QStringLiteral("GetAll"))
+               << interface;
+    };
+    whenReplied(getAll(rootInterface), busName, [this, busName](const QDBusMessage& reply) {
+        const QVariantMap properties = plainMap(reply.arguments().value(0));
+        MprisPlayer& described = m_players[busName];
+        described.identity = properties.value(QStringLiteral("Identity")).toString();
+        described.desktopEntry = properties.value(QStringLiteral("DesktopEntry")).toString();
+        replied(busName);
+    });
+    whenReplied(getAll(playerInterface), busName, [this, busName](const QDBusMessage& reply) {
+        applyPlayerProperties(m_players[busName], plainMap(reply.arguments().value(0)));
+        replied(busName);
+    });
+    const auto getPid = QDBusMessage::createMethodCall(busService, QStringLiteral("/org/freedesktop/DBus"), busService,
+                                                       QStringLiteral("GetConnectionUnixProcessID"))
+                        << busName;
+    whenReplied(getPid, busName, [this, busName](const QDBusMessage& reply) {
+        if (reply.type() == QDBusMessage::ReplyMessage)
+            m_players[busName].pid = static_cast<qint32>(reply.arguments().value(0).toUInt());
+        replied(busName);
+    });
+}
+
+void MprisPlayers::replied(const QString& busName)
+{
+    if (--m_repliesDue[busName] > 0)
+        return;
+    m_repliesDue.remove(busName);
+    m_players[busName].ready = true;
+    Q_EMIT playerAdded(busName);
+    scannedOne(busName);
+}
+
+void MprisPlayers::scannedOne(const QString& busName)
+{
+    if (!m_scanWaiting.remove(busName) || !m_scanWaiting.isEmpty())
+        return;
+    m_scanned = true;
+    Q_EMIT scanned();
+}
+
+void MprisPlayers::remove(const QString& busName)
+{
+    const auto it = m_players.find(busName);
+    if (it == m_players.end())
+        return;
+    const bool wasReady = it->ready;
+    m_players.erase(it);
+    m_order.removeAll(busName);
+    m_repliesDue.remove(busName);
+    m_positionReads.remove(busName);
+    m_generation.insert(busName, m_nextGeneration++);
+    if (wasReady)
+        Q_EMIT playerRemoved(busName);
+    scannedOne(busName);
+}
+
+MprisPlayer* MprisPlayers::byOwner(const QString& owner)
+{
+    for (MprisPlayer& player : m_players)
+        if (!owner.isEmpty() && player.owner == owner)
+            return &player;
+    return nullptr;
+}
+
+void MprisPlayers::onNameOwnerChanged(const QString& name, const QString& oldOwner, const QString& newOwner)
+{
+    if (!name.startsWith(prefix()))
+        return;
+    if (!oldOwner.isEmpty())
+        remove(name);
+    if (!newOwner.isEmpty())
+        add(name, newOwner);
+}
+
+void MprisPlayers::applyPlayerProperties(MprisPlayer& player, const QVariantMap& properties)
+{
+    bool positionStale = false;
+    if (const auto status = properties.constFind(QStringLiteral("PlaybackStatus")); status != properties.cend()) {
+        const QString value = status->toString();
+        if (value != player.playbackStatus) {
+            // The position stops or starts moving from here.
+            player.positionMicros = player.currentPositionMicros();
+            player.positionReadAt.start();
+            if (value == QLatin1String("Playing"))
+                player.lastStarted = ++m_startCounter;
+            player.playbackStatus = value;
+            positionStale = true;
+        }
+    }
+    if (const auto metadata = properties.constFind(QStringLiteral("Metadata")); metadata != properties.cend()) {
+        QVariantMap fresh = plainMap(*metadata);
+        positionStale = positionStale || trackId(fresh) != trackId(player.metadata) ||
+                        fresh.value(QStringLiteral("xesam:url")) != player.metadata.value(QStringLiteral("xesam:url"));
+        player.metadata = std::move(fresh);
+        loadArtwork(player);
+    }
+    if (const auto position = properties.constFind(QStringLiteral("Position")); position != properties.cend()) {
+        player.positionMicros = micros(*position);
+        player.positionReadAt.start();
+    } else if (positionStale && player.ready) {
+        readPosition(player.busName);
+    }
+}
+
+void MprisPlayers::reread(const QString& busName)
+{
+    const auto getAll = QDBusMessage::createMethodCall(busName, objectPath, propertiesInterface, QStringLiteral("GetAll"))
+                        << playerInterface;
+    whenReplied(getAll, busName, [this, busName](const QDBusMessage& reply) {
+        if (reply.type() != QDBusMessage::ReplyMessage)
+            return;
+        applyPlayerProperties(m_players[busName], plainMap(reply.arguments().value(0)));
+        Q_EMIT playerChanged(busName);
+    });
+}
+
+void MprisPlayers::onPropertiesChanged(const QDBusMessage& message)
+{
+    const QVariantList arguments = message.arguments();
+    if (arguments.value(0).toString() != playerInterface)
+        return;
+    MprisPlayer* player = byOwner(message.service());
+    if (!player)
+        return;
+    applyPlayerProperties(*player, plainMap(arguments.value(1)));
+    // Players may name what changed without its value.
+    if (!arguments.value(2).toStringList().isEmpty() && player->ready)
+        reread(player->busName);
+    if (player->ready)
+        Q_EMIT playerChanged(player->busName);
+}
+
+void MprisPlayers::onSeeked(const QDBusMessage& message)
+{
+    MprisPlayer* player = byOwner(message.service());
+    if (!player)
+        return;
+    player->positionMicros = micros(plain(message.arguments().value(0)));
+    player->positionReadAt.start();
+    if (player->ready)
+        Q_EMIT playerChanged(player->busName);
+}
+
+void MprisPlayers::readPosition(const QString& busName)
+{
+    // One read at a time per player; changes meanwhile ask for one more read after it.
+    if (const auto reading = m_positionReads.find(busName); reading != m_positionReads.end()) {
+        *reading = true;
+        return;
+    }
+    m_positionReads.insert(busName, false);
+    const auto get = QDBusMessage::createMethodCall(busName, objectPath, propertiesInterface, QStringLiteral("Get"))
+                     << playerInterface << QStringLiteral("Position");
+    whenReplied(get, busName, [this, busName](const QDBusMessage& reply) {
+        const bool again = m_positionReads.take(busName);
+        if (reply.type() == QDBusMessage::ReplyMessage) {
+            MprisPlayer& player = m_players[busName];
+            player.positionMicros = micros(plain(reply.arguments().value(0)));
+            player.positionReadAt.start();
+            Q_EMIT playerChanged(busName);
+        }
+        if (again)
+            readPosition(busName);
+    });
+}
+
+void MprisPlayers::loadArtwork(MprisPlayer& player)
+{
+    const QString address = player.metadata.value(QStringLiteral("mpris:artUrl")).toString();
+    if (address == player.artworkUrl)
+        return;
+    player.artworkUrl = address;
+    player.artwork = QImage();
+    const QUrl url(address);
+    const QString busName = player.busName;
+    QPointer<MprisPlayers> self(this);
+    if (url.isLocalFile()) {
+        QThreadPool::globalInstance()->start([self, busName, address, path = url.toLocalFile()] {
+            QImage image = artworkFrom(QImage(path));
+            QMetaObject::invokeMethod(
+                self.data(), [self, busName, address, image] {
+                    if (self)
+                        self->artworkLoaded(busName, address, image);
+                },
+                Qt::QueuedConnection);
+        });
+        return;
+    }
+    if (url.scheme() != QLatin1String("http") && url.scheme() != QLatin1String("https"))
+        return;
+    if (!m_network) {
+        m_network = new QNetworkAccessManager(this);
+        m_network->setTransferTimeout(15000);
+    }
+    QNetworkReply* reply = m_network->get(QNetworkRequest(url));
+    connect(reply, &QNetworkReply::downloadProgress, reply, [reply](qint64 received, qint64) {
+        if (received > artworkMaxBytes)
+            reply->abort();
+    });
+    connect(reply, &QNetworkReply::finished, this, [this, reply, busName, address] {
+        reply->deleteLater();
+        if (reply->error() == QNetworkReply::NoError)
+            artworkLoaded(busName, address, artworkFrom(QImage::fromData(reply->readAll())));
+    });
+}
+
+void MprisPlayers::artworkLoaded(const QString& busName, const QString& url, const QImage& image)
+{
+    const auto it = m_players.find(busName);
+    if (it == m_players.end() || it->artworkUrl != url || image.isNull())
+        return;
+    it->artwork = image;
+    if (it->ready)
+        Q_EMIT playerChanged(busName);
+}
+
+} // namespace kelvane
