@@ -1,5 +1,6 @@
 #include "QuickNotchWindowFactory.h"
 
+#include "MediaArtworkProvider.h"
 #include "QuickNotchWindow.h"
 #include "SpringValue.h"
 
@@ -8,6 +9,7 @@
 #include "notch/NotchViewModel.h"
 #include "notch/WindowsManager.h"
 #include "activities/SelectedLiveActivity.h"
+#include "media/MediaManager.h"
 #include "timers/TimerCommands.h"
 #include "timers/TuckleTimersStore.h"
 
@@ -35,6 +37,7 @@ void registerTypes()
     qmlRegisterUncreatableType<TuckleTimersStore>(uri, 1, 0, "TimersStore", application);
     qmlRegisterUncreatableType<TimerCommands>(uri, 1, 0, "TimerCommands", application);
     qmlRegisterUncreatableType<TimerEntry>(uri, 1, 0, "TimerEntry", application);
+    qmlRegisterUncreatableType<MediaManager>(uri, 1, 0, "MediaManager", application);
 }
 } // namespace
 
@@ -46,6 +49,15 @@ QuickNotchWindowFactory::QuickNotchWindowFactory()
 std::unique_ptr<NotchWindow> QuickNotchWindowFactory::createWindow(const NotchWindowSetup& setup)
 {
     return std::make_unique<QuickNotchWindow>(setup, m_engine, m_services);
+}
+
+void QuickNotchWindowFactory::setServices(QVariantMap services)
+{
+    m_services = std::move(services);
+    if (auto* media = qobject_cast<MediaManager*>(m_services.value(QStringLiteral("media")).value<QObject*>())) {
+        m_engine.removeImageProvider(QStringLiteral("media"));
+        m_engine.addImageProvider(QStringLiteral("media"), new MediaArtworkProvider(media));
+    }
 }
 
 } // namespace kelvane

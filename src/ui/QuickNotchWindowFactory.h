@@ -13,7 +13,7 @@ public:
     // The one QML engine of the agent, for its other windows too.
     QQmlEngine& engine() { return m_engine; }
     // Models every notch view shows, by property name; windows made later receive them.
-    void setServices(QVariantMap services) { m_services = std::move(services); }
+    void setServices(QVariantMap services);
 
 private:
     QQmlEngine m_engine;

@@ -15,6 +15,7 @@ Item {
     property SelectedLiveActivity liveActivity: null
     property TimersStore timers: null
     property TimerCommands timerCommands: null
+    property MediaManager media: null
 
     readonly property bool isOpen: kelvane.modeName !== "closed"
     property bool panelBuilt: false
@@ -31,11 +32,15 @@ Item {
         return liveActivity.name
     }
     readonly property string activityText: activityName === "timerExpired" ? (timers ? timers.expiredText : "")
+        : activityName === "media" ? (media && media.hasTrack ? media.title : "")
         : activityName === "" ? "" : liveActivity.displayName
     readonly property real activityFontSize: Math.max(10, drawn.height * 0.4)
+    // A long title is cut short rather than widening the notch across the screen.
+    readonly property real activityTextWidth: Math.min(activityMetrics.advanceWidth, drawn.height * 5)
     TextMetrics { id: activityMetrics; font.pixelSize: root.activityFontSize; text: root.activityText }
+    readonly property bool showsArtwork: activityName === "media" && media !== null && media.hasArtwork
     readonly property real activityWing: activityName === "" ? 0
-        : Math.max(drawn.height * 1.25, activityMetrics.advanceWidth + drawn.height * 0.75)
+        : Math.max(drawn.height * 1.25, activityTextWidth + drawn.height * 0.75)
     readonly property real wing: Math.max(indicatorWing, activityWing)
 
     readonly property real targetWidth: kelvane.hidden ? 0
@@ -120,14 +125,29 @@ Item {
 
             ActivityGlyph {
                 kind: root.activityName
+                visible: !root.showsArtwork
                 anchors.left: parent.left
                 anchors.leftMargin: root.drawn.height * 0.35
                 anchors.verticalCenter: parent.verticalCenter
                 width: root.drawn.height * 0.6
                 height: width
             }
+            Image {
+                visible: root.showsArtwork
+                anchors.left: parent.left
+                anchors.leftMargin: root.drawn.height * 0.3
+                anchors.verticalCenter: parent.verticalCenter
+                width: root.drawn.height * 0.7
+                height: width
+                source: visible ? "image://media/" + encodeURIComponent(root.media.albumId) : ""
+                sourceSize: Qt.size(64, 64)
+                fillMode: Image.PreserveAspectCrop
+                cache: false
+            }
             Text {
                 objectName: "topBarText"
+                width: root.activityTextWidth
+                elide: Text.ElideRight
                 anchors.right: parent.right
                 anchors.rightMargin: root.drawn.height * 0.35
                 anchors.verticalCenter: parent.verticalCenter
@@ -151,6 +171,7 @@ Item {
                 kelvane: root.kelvane
                 timers: root.timers
                 timerCommands: root.timerCommands
+                media: root.media
                 notchWindow: root.notchWindow
             }
         }

@@ -7,6 +7,7 @@ Item {
     required property KelvaneState kelvane
     property QtObject timers: null
     property QtObject timerCommands: null
+    property QtObject media: null
     property QtObject notchWindow: null
     readonly property string mode: kelvane.modeName
 
@@ -35,8 +36,23 @@ Item {
         }
     }
 
+    MediaWidget {
+        id: mediaWidget
+        anchors.left: parent.left
+        anchors.top: parent.top
+        anchors.bottom: parent.bottom
+        anchors.topMargin: tabs.height + 8
+        width: Math.min(260, parent.width * 0.42)
+        visible: panel.mode === "tuckle"
+        media: panel.media
+    }
+
     TimersWidget {
-        anchors.fill: parent
+        anchors.left: mediaWidget.right
+        anchors.leftMargin: 16
+        anchors.right: parent.right
+        anchors.top: parent.top
+        anchors.bottom: parent.bottom
         anchors.topMargin: tabs.height + 8
         visible: panel.mode === "tuckle"
         timers: panel.timers

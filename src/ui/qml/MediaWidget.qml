@@ -1,0 +1,164 @@
+import QtQuick
+
+// What is playing: artwork, title and artist, how far it has got, and the playback controls.
+// A click on the artwork brings the player forward; a click on the bar moves playback there.
+Item {
+    id: widget
+    property QtObject media: null
+    readonly property bool hasTrack: media !== null && media.hasTrack
+    readonly property real duration: media ? media.duration : 0
+    property real elapsed: 0
+
+    function refresh() { elapsed = media ? media.currentElapsedTime() : 0 }
+    function clock(seconds) {
+        const whole = Math.max(0, Math.floor(seconds))
+        const h = Math.floor(whole / 3600), m = Math.floor(whole % 3600 / 60), s = whole % 60
+        const pad = n => (n < 10 ? "0" : "") + n
+        return h > 0 ? h + ":" + pad(m) + ":" + pad(s) : m + ":" + pad(s)
+    }
+
+    // The clock moves only while the panel shows and something plays.
+    Timer {
+        interval: 500
+        repeat: true
+        triggeredOnStart: true
+        running: widget.visible && widget.media !== null && widget.media.isPlaying
+        onTriggered: widget.refresh()
+    }
+    Connections {
+        target: widget.media
+        function onElapsedTimeChanged() { widget.refresh() }
+        function onIsPlayingChanged() { widget.refresh() }
+        function onTrackChanged() { widget.refresh() }
+    }
+    onVisibleChanged: if (visible) refresh()
+
+    Rectangle {
+        id: artwork
+        width: 48
+        height: 48
+        radius: 8
+        color: "#2c2c2e"
+        clip: true
+        Image {
+            anchors.fill: parent
+            visible: widget.hasTrack && widget.media.hasArtwork
+            source: visible ? "image://media/" + encodeURIComponent(widget.media.albumId) : ""
+            sourceSize: Qt.size(112, 112)
+            fillMode: Image.PreserveAspectCrop
+            cache: false
+        }
+        ActivityGlyph {
+            anchors.centerIn: parent
+            width: 24
+            height: 24
+            kind: "media"
+            visible: !(widget.hasTrack && widget.media.hasArtwork)
+            opacity: widget.hasTrack ? 1 : 0.4
+        }
+        TapHandler { onTapped: if (widget.media) widget.media.openApp() }
+    }
+
+    Column {
+        anchors.left: artwork.right
+        anchors.leftMargin: 10
+        anchors.right: parent.right
+        anchors.verticalCenter: artwork.verticalCenter
+        spacing: 2
+        Text {
+            objectName: "mediaTitle"
+            width: parent.width
+            elide: Text.ElideRight
+            color: "white"
+            font.pixelSize: 13
+            font.bold: true
+            text: widget.hasTrack ? widget.media.title : "Nothing playing"
+        }
+        Text {
+            width: parent.width
+            elide: Text.ElideRight
+            color: "#a0a0a5"
+            font.pixelSize: 12
+            visible: widget.hasTrack
+            text: widget.hasTrack ? widget.media.artist : ""
+        }
+    }
+
+    Item {
+        id: progress
+        anchors.top: artwork.bottom
+        anchors.topMargin: 8
+        width: parent.width
+        height: 12
+        visible: widget.hasTrack
+        Rectangle {
+            anchors.verticalCenter: parent.verticalCenter
+            width: parent.width
+            height: 4
+            radius: 2
+            color: "#3a3a3c"
+            Rectangle {
+                objectName: "mediaProgress"
+                height: parent.height
+                radius: 2
+                color: "white"
+                width: widget.duration > 0 ? parent.width * Math.min(1, widget.elapsed / widget.duration) : 0
+            }
+        }
+        TapHandler {
+            onTapped: eventPoint => {
+                if (widget.media && widget.duration > 0)
+                    widget.media.seek(eventPoint.position.x / progress.width * widget.duration)
+            }
+        }
+    }
+    Text {
+        anchors.top: progress.bottom
+        anchors.left: parent.left
+        visible: widget.hasTrack
+        color: "#8e8e93"
+        font.pixelSize: 10
+        text: widget.clock(widget.elapsed)
+    }
+    Text {
+        objectName: "mediaDuration"
+        anchors.top: progress.bottom
+        anchors.right: parent.right
+        visible: widget.hasTrack
+        color: "#8e8e93"
+        font.pixelSize: 10
+        text: widget.duration > 0 ? widget.clock(widget.duration) : "--:--"
+    }
+
+    // The controls sit between the two times, under the bar.
+    Row {
+        anchors.horizontalCenter: parent.horizontalCenter
+        anchors.top: progress.bottom
+        anchors.topMargin: 2
+        spacing: 10
+        enabled: widget.hasTrack
+        opacity: enabled ? 1 : 0.4
+        Repeater {
+            model: [
+                { kind: "previous", act: () => widget.media.goToPreviousTrack() },
+                { kind: widget.media && widget.media.isPlaying ? "pause" : "play", act: () => widget.media.togglePlayPause() },
+                { kind: "next", act: () => widget.media.goToNextTrack() }
+            ]
+            delegate: Rectangle {
+                required property var modelData
+                width: 28
+                height: 28
+                radius: 14
+                color: hover.hovered ? "#3a3a3c" : "transparent"
+                MediaGlyph {
+                    anchors.centerIn: parent
+                    width: 14
+                    height: 14
+                    kind: parent.modelData.kind
+                }
+                HoverHandler { id: hover }
+                TapHandler { onTapped: parent.modelData.act() }
+            }
+        }
+    }
+}
