@@ -1,0 +1,71 @@
+#include "AgentProcess.h"
+
+#include "Polling.h"
+#include "XvfbServer.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonDocument>
+
+namespace kelvane::test {
+
+QString binary(const char* name)
+{
+    return QFileInfo(qEnvironmentVariable("KELVANE_BINARY")).dir().filePath("../ctl/" + QString(name));
+}
+
+Result run(const QString& program, const QStringList& arguments)
+{
+    QProcess process;
+    process.start(program, arguments);
+    Result result;
+    if (!process.waitForFinished(15000))
+        return result;
+    result.status = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
+    result.out = QString::fromUtf8(process.readAllStandardOutput());
+    result.err = QString::fromUtf8(process.readAllStandardError());
+    return result;
+}
+
+Result ctl(const QStringList& arguments) { return run(binary("kelvanectl"), arguments); }
+
+QJsonObject ctlJson(const QStringList& arguments)
+{
+    return QJsonDocument::fromJson(ctl(arguments).out.toUtf8()).object();
+}
+
+QStringList notchWindows() { return XvfbServer::current()->windowGeometries("Kelvane Notch"); }
+
+QJsonObject notch(const QString& screen)
+{
+    for (const auto& value : ctlJson({"state"})["notches"].toArray())
+        if (value.toObject()["screen"].toString() == screen)
+            return value.toObject();
+    return {};
+}
+
+RunningAgent::RunningAgent()
+{
+    process.setProgram(qEnvironmentVariable("KELVANE_BINARY"));
+    process.start();
+}
+
+RunningAgent::~RunningAgent()
+{
+    process.terminate();
+    process.waitForFinished(5000);
+}
+
+QString RunningAgent::readOutput()
+{
+    output += QString::fromUtf8(process.readAllStandardOutput());
+    return output;
+}
+
+bool RunningAgent::waitForNotches(int count)
+{
+    return waitUntil([&] { return notchWindows().size() == count; }, 10000);
+}
+
+} // namespace kelvane::test

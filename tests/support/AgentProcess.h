@@ -1,0 +1,38 @@
+#pragma once
+
+#include <QJsonObject>
+#include <QProcess>
+#include <QString>
+#include <QStringList>
+
+namespace kelvane::test {
+
+// A program's whole run: exit status (-1 when it crashed or hung), standard output and error.
+struct Result {
+    int status = -1;
+    QString out;
+    QString err;
+};
+
+// A program built beside the agent ("kelvanectl").
+QString binary(const char* name);
+Result run(const QString& program, const QStringList& arguments);
+Result ctl(const QStringList& arguments);
+// `kelvanectl` output read as a JSON object.
+QJsonObject ctlJson(const QStringList& arguments);
+
+QStringList notchWindows();
+// The state of the notch on the named screen, from `kelvanectl state`.
+QJsonObject notch(const QString& screen);
+
+// The agent as a user starts it, on the test's own session bus and X server.
+struct RunningAgent {
+    QProcess process;
+    QString output;
+    RunningAgent();
+    ~RunningAgent();
+    QString readOutput();
+    bool waitForNotches(int count);
+};
+
+} // namespace kelvane::test
