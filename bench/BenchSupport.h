@@ -10,6 +10,7 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <fstream>
+#include <iterator>
 #include <poll.h>
 #include <signal.h>
 #include <string>
@@ -91,6 +92,61 @@ inline std::string startXvfb(pid_t& pid)
 inline std::string startSessionBus(pid_t& pid)
 {
     return startAndReadLine({"dbus-daemon", "--session", "--nofork", "--nopidfile", "--print-address=1"}, pid);
+}
+
+// Everything a program prints on standard output.
+inline std::string output(const std::vector<std::string>& argv, const std::vector<std::string>& env = {})
+{
+    int fds[2];
+    if (pipe(fds) != 0)
+        return {};
+    const pid_t pid = fork();
+    if (pid == 0) {
+        close(fds[0]);
+        for (const auto& e : env)
+            putenv(const_cast<char*>(e.c_str()));
+        const int null = open("/dev/null", O_WRONLY);
+        dup2(null, STDERR_FILENO);
+        dup2(fds[1], STDOUT_FILENO);
+        std::vector<char*> args;
+        for (const auto& a : argv)
+            args.push_back(const_cast<char*>(a.c_str()));
+        args.push_back(nullptr);
+        execvp(args[0], args.data());
+        _exit(127);
+    }
+    close(fds[1]);
+    std::string text;
+    char buffer[4096];
+    for (ssize_t n; (n = read(fds[0], buffer, sizeof buffer)) > 0;)
+        text.append(buffer, std::size_t(n));
+    close(fds[0]);
+    waitpid(pid, nullptr, 0);
+    return text;
+}
+
+// Seconds of processor time a process has used, all its threads together.
+inline double cpuSeconds(pid_t pid)
+{
+    std::ifstream in("/proc/" + std::to_string(pid) + "/stat");
+    std::string stat((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    const auto close = stat.rfind(')');
+    if (close == std::string::npos)
+        return 0;
+    // After the command name: state, then fields 4 to 13, then utime and stime.
+    std::vector<std::string> fields;
+    std::string field;
+    for (char c : stat.substr(close + 2)) {
+        if (c == ' ') {
+            fields.push_back(field);
+            field.clear();
+        } else {
+            field += c;
+        }
+    }
+    if (fields.size() < 13)
+        return 0;
+    return double(std::atol(fields[11].c_str()) + std::atol(fields[12].c_str())) / double(sysconf(_SC_CLK_TCK));
 }
 
 inline double median(std::vector<double> values)

@@ -130,6 +130,15 @@ TEST(Track, IsReplacedByAnotherTrackAnotherPlayerOrItsFirstArtwork)
                     {"", std::nullopt}};
     for (const auto& b : browsers)
         EXPECT_EQ(BrowserType::getBrowserBundleId(b.identifier), b.browser) << b.identifier;
+
+    // Players known by their Linux names are told by their canonical identifiers.
+    const struct {
+        const char* name;
+        const char* canonical;
+    } players[] = {{"spotify", "com.spotify.client"}, {"VLC", "org.videolan.vlc"}, {"firefox", "org.mozilla.firefox"},
+                   {"mpv", "mpv"},                    {"org.gnome.Rhythmbox3", "org.gnome.Rhythmbox3"}};
+    for (const auto& p : players)
+        EXPECT_EQ(canonicalPlayerIdentifier(p.name), p.canonical) << p.name;
 }
 
 TEST(MediaManager, FollowsTheTrackMovesTheElapsedTimeAndRaisesTheActivity)

@@ -2,6 +2,7 @@
 
 #include "media/MediaSources.h"
 
+#include <QElapsedTimer>
 #include <QRegularExpression>
 #include <QTimer>
 
@@ -11,12 +12,17 @@ namespace {
 
 // Follows one player: the one playing (or, when none plays, the paused one) when it starts, and
 // another that starts playing while the followed one does not. Ends when the followed player
-// leaves the bus.
+// leaves the bus. Players may report many times a second: the followed one's changes are passed
+// on at most ten times a second, the newest state always last.
 class MprisNowPlayingController final : public QObject, public NowPlayingController {
 public:
+    static constexpr qint64 deliveryIntervalMs = 100;
+
     explicit MprisNowPlayingController(MprisPlayers& players)
         : m_players(players)
     {
+        m_pendingDelivery.setSingleShot(true);
+        connect(&m_pendingDelivery, &QTimer::timeout, this, &MprisNowPlayingController::deliver);
     }
 
     void startListening() override
@@ -35,6 +41,7 @@ public:
     void stop() override
     {
         m_listening = false;
+        m_pendingDelivery.stop();
         disconnect(&m_players, nullptr, this, nullptr);
     }
 
@@ -51,8 +58,21 @@ private:
         deliver();
     }
 
+    void deliverSoon()
+    {
+        if (m_pendingDelivery.isActive())
+            return;
+        const qint64 since = m_lastDelivery.isValid() ? m_lastDelivery.elapsed() : deliveryIntervalMs;
+        if (since >= deliveryIntervalMs)
+            deliver();
+        else
+            m_pendingDelivery.start(static_cast<int>(deliveryIntervalMs - since));
+    }
+
     void deliver()
     {
+        m_pendingDelivery.stop();
+        m_lastDelivery.start();
         const MprisPlayer* player = m_players.player(m_followed);
         if (onTrackInfoReceived)
             onTrackInfoReceived(player ? player->trackInfo() : TrackInfo{});
@@ -61,7 +81,7 @@ private:
     void changed(const QString& busName)
     {
         if (busName == m_followed) {
-            deliver();
+            deliverSoon();
             return;
         }
         const MprisPlayer* other = m_players.player(busName);
@@ -82,6 +102,8 @@ private:
     MprisPlayers& m_players;
     QString m_followed;
     bool m_listening = false;
+    QTimer m_pendingDelivery;
+    QElapsedTimer m_lastDelivery;
 };
 
 QString methodFor(const QString& action)
@@ -104,7 +126,7 @@ MprisMediaEnvironment::MprisMediaEnvironment(QDBusConnection sessionBus, QDBusCo
         // Players found when the bus is first listed were there already; later ones were launched.
         const MprisPlayer* player = m_players.player(busName);
         if (m_players.isScanned() && player && onApplicationLaunched)
-            onApplicationLaunched(player->bundleIdentifier());
+            onApplicationLaunched(player->bundleIdentifier);
     });
     if (systemBus.isConnected())
         systemBus.connect(QStringLiteral("org.freedesktop.login1"), QStringLiteral("/org/freedesktop/login1"),
@@ -135,11 +157,11 @@ std::optional<MediaRemoteFunctions> MprisMediaEnvironment::loadMediaRemote()
     };
     functions.clientBundleID = [player](const MediaRemoteFunctions::Client& client) {
         const MprisPlayer* each = player(client);
-        return each ? each->bundleIdentifier() : QString();
+        return each ? each->bundleIdentifier : QString();
     };
     functions.clientName = [player](const MediaRemoteFunctions::Client& client) {
         const MprisPlayer* each = player(client);
-        return each ? each->displayName() : QString();
+        return each ? each->displayName : QString();
     };
     functions.clientPID = [player](const MediaRemoteFunctions::Client& client) {
         const MprisPlayer* each = player(client);

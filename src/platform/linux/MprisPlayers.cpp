@@ -103,25 +103,6 @@ QImage artworkFrom(QImage image)
 }
 } // namespace
 
-QString MprisPlayer::bundleIdentifier() const
-{
-    QString name = desktopEntry;
-    if (name.isEmpty()) {
-        name = busName.mid(MprisPlayers::prefix().size());
-        // Players that may run more than once add ".instance<pid>".
-        if (const qsizetype instance = name.indexOf(QStringLiteral(".instance")); instance > 0)
-            name.truncate(instance);
-    }
-    return canonicalPlayerIdentifier(name);
-}
-
-QString MprisPlayer::displayName() const
-{
-    if (!identity.isEmpty())
-        return identity;
-    return desktopEntry.isEmpty() ? busName.mid(MprisPlayers::prefix().size()) : desktopEntry;
-}
-
 std::optional<qint64> MprisPlayer::currentPositionMicros() const
 {
     if (!positionMicros)
@@ -144,8 +125,8 @@ TrackInfo MprisPlayer::trackInfo() const
         payload.artist = joined(artist);
     if (const QVariant album = metadata.value(QStringLiteral("xesam:album")); album.isValid())
         payload.album = album.toString();
-    payload.applicationName = displayName();
-    payload.bundleIdentifier = bundleIdentifier();
+    payload.applicationName = displayName;
+    payload.bundleIdentifier = bundleIdentifier;
     if (playbackStatus == QLatin1String("Playing") || playbackStatus == QLatin1String("Paused"))
         payload.isPlaying = playbackStatus == QLatin1String("Playing");
     if (const auto length = micros(metadata.value(QStringLiteral("mpris:length"))); length && *length > 0)
@@ -229,7 +210,7 @@ const MprisPlayer* MprisPlayers::find(const QString& identifierOrName) const
 {
     const QString canonical = canonicalPlayerIdentifier(identifierOrName);
     for (const MprisPlayer* candidate : players())
-        if (candidate->bundleIdentifier() == canonical ||
+        if (candidate->bundleIdentifier == canonical ||
             candidate->identity.compare(identifierOrName, Qt::CaseInsensitive) == 0 ||
             candidate->busName.mid(prefix().size()).compare(identifierOrName, Qt::CaseInsensitive) == 0)
             return candidate;
@@ -326,6 +307,15 @@ void MprisPlayers::add(const QString& busName, const QString& owner)
         MprisPlayer& described = m_players[busName];
         described.identity = properties.value(QStringLiteral("Identity")).toString();
         described.desktopEntry = properties.value(QStringLiteral("DesktopEntry")).toString();
+        QString name = described.desktopEntry;
+        if (name.isEmpty()) {
+            name = busName.mid(prefix().size());
+            // Players that may run more than once add ".instance<pid>".
+            if (const qsizetype instance = name.indexOf(QStringLiteral(".instance")); instance > 0)
+                name.truncate(instance);
+        }
+        described.bundleIdentifier = canonicalPlayerIdentifier(name);
+        described.displayName = described.identity.isEmpty() ? name : described.identity;
         replied(busName);
     });
     whenReplied(getAll(playerInterface), busName, [this, busName](const QDBusMessage& reply) {

@@ -40,10 +40,10 @@ struct MprisPlayer {
     bool ready = false;
 
     // The application's identifier: its desktop entry, else the bus name's last part, in canonical
-    // form for the players and browsers that have one.
-    QString bundleIdentifier() const;
-    // Its display name: the player's identity, else its identifier.
-    QString displayName() const;
+    // form for the players and browsers that have one. Set once the player is described.
+    QString bundleIdentifier;
+    // Its display name: the player's identity, else its desktop entry or bus name.
+    QString displayName;
     // The position now, moved on while playing.
     std::optional<qint64> currentPositionMicros() const;
     // Nothing playing: the player is stopped or names no track.
