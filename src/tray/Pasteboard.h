@@ -1,0 +1,56 @@
+#pragma once
+
+#include <QImage>
+#include <QList>
+#include <QString>
+#include <QStringList>
+#include <QUrl>
+
+#include <optional>
+
+namespace kelvane {
+
+// The type identifiers that pasteboards and drags are read by.
+namespace PasteboardType {
+inline const QString fileURL = QStringLiteral("public.file-url");
+inline const QString url = QStringLiteral("public.url");
+inline const QString legacyURL = QStringLiteral("CorePasteboardFlavorType 0x75726C20");
+inline const QString appleURL = QStringLiteral("Apple URL pasteboard type");
+inline const QString plainText = QStringLiteral("public.utf8-plain-text");
+inline const QString legacyString = QStringLiteral("NSStringPboardType");
+inline const QString png = QStringLiteral("public.png");
+inline const QString filePromise = QStringLiteral("com.apple.NSFilePromiseItemMetaData");
+} // namespace PasteboardType
+
+// The contents of the clipboard or of a drag, by type.
+class Pasteboard {
+public:
+    virtual ~Pasteboard() = default;
+    virtual QStringList types() const = 0;
+    // File URLs only.
+    virtual QList<QUrl> fileURLs() const = 0;
+    // A null image when none is offered.
+    virtual QImage image() const = 0;
+    virtual std::optional<QString> string(const QString& type) const = 0;
+    // Replaces the contents with these files.
+    virtual void writeFileURLs(const QList<QUrl>& urls) = 0;
+};
+
+// Hands files to the system's sharing service ("send via AirDrop" where there is AirDrop).
+class SharingService {
+public:
+    virtual ~SharingService() = default;
+    virtual void perform(const QList<QUrl>& files) = 0;
+};
+
+// The system's file previewer: opens a preview of these files, or closes the one that is open.
+class FilePreviewer {
+public:
+    virtual ~FilePreviewer() = default;
+    virtual void toggle(const QList<QUrl>& files) = 0;
+};
+
+// Keeps the file URLs of `items` and hands them to the sharing service; with none, says so.
+void airDropItems(const QList<QUrl>& items, SharingService& service);
+
+} // namespace kelvane
