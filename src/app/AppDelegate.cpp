@@ -43,6 +43,8 @@ AppDelegate::~AppDelegate()
     m_selectedLiveActivity.reset();
     m_media.reset();
     m_mediaEnvironment.reset();
+    m_tray.reset();
+    m_sharing.reset();
     LiveActivitySelectionManager::setShared(nullptr);
     ActiveLiveActivitiesManager::setShared(nullptr);
     HUDManager::setShared(nullptr);
@@ -59,6 +61,14 @@ void AppDelegate::applicationDidFinishLaunching()
                                                                  QDBusConnection::systemBus());
     m_media = std::make_unique<MediaManager>(
         MediaManager::Dependencies{m_scheduler, m_timers, m_settings, m_liveActivities, *m_mediaEnvironment});
+
+    // The tray comes back as it was left.
+    m_sharing = std::make_unique<DesktopSharing>(QDBusConnection::sessionBus());
+    m_tray = std::make_unique<Tray>(Tray::Dependencies{
+        m_scheduler, m_liveActivities, m_clipboard, *m_sharing, *m_sharing,
+        identity::applicationSupportPath(QLatin1StringView(identity::bundleIdentifier))});
+    m_tray->setupTempDirectory();
+    m_tray->loadPersistedFiles();
 
     // An "update available" activity never outlives the process that found the update.
     removeUpdateAvailableActivity();
@@ -77,6 +87,7 @@ void AppDelegate::applicationDidFinishLaunching()
         {QStringLiteral("timers"), QVariant::fromValue(static_cast<QObject*>(m_timersStore.get()))},
         {QStringLiteral("timerCommands"), QVariant::fromValue(static_cast<QObject*>(m_timerCommands.get()))},
         {QStringLiteral("media"), QVariant::fromValue(static_cast<QObject*>(m_media.get()))},
+        {QStringLiteral("tray"), QVariant::fromValue(static_cast<QObject*>(m_tray.get()))},
     });
 
     m_windowsManager = std::make_unique<WindowsManager>(WindowsManager::Dependencies{

@@ -12,6 +12,8 @@
 #include "media/MediaManager.h"
 #include "notch/WindowsManager.h"
 #include "platform/linux/CanberraSoundPlayer.h"
+#include "platform/linux/DesktopSharing.h"
+#include "platform/linux/MimePasteboard.h"
 #include "platform/linux/MprisMediaEnvironment.h"
 #include "platform/linux/QtProcessRunner.h"
 #include "platform/linux/QtScreenProvider.h"
@@ -19,6 +21,7 @@
 #include "settings/SettingsStore.h"
 #include "timers/TimerCommands.h"
 #include "timers/TuckleTimersStore.h"
+#include "tray/Tray.h"
 #include "ui/ApplicationMenu.h"
 #include "ui/QuickNotchWindowFactory.h"
 #include "ui/SettingsWindow.h"
@@ -57,6 +60,7 @@ public:
     TimerCommands* timerCommands() const { return m_timerCommands.get(); }
     SelectedLiveActivity* selectedLiveActivity() const { return m_selectedLiveActivity.get(); }
     MediaManager* media() const { return m_media.get(); }
+    Tray* tray() const { return m_tray.get(); }
 
 private:
     void removeUpdateAvailableActivity();
@@ -78,6 +82,9 @@ private:
     QuickNotchWindowFactory m_windowFactory;
     NullHapticFeedback m_haptics;
     std::unique_ptr<NotchCommands> m_notchCommands;
+    MimePasteboard m_clipboard = MimePasteboard::clipboard();
+    std::unique_ptr<DesktopSharing> m_sharing;
+    std::unique_ptr<Tray> m_tray;
     std::unique_ptr<MprisMediaEnvironment> m_mediaEnvironment;
     std::unique_ptr<MediaManager> m_media;
     std::unique_ptr<SelectedLiveActivity> m_selectedLiveActivity;

@@ -2,6 +2,7 @@
 
 #include "AppDelegate.h"
 #include "media/MediaCommands.h"
+#include "tray/TrayCommands.h"
 #include "Identity.h"
 
 #include <QDBusConnection>
@@ -210,6 +211,51 @@ void ScriptingService::CancelTimer(const QString& id)
 {
     if (ready())
         failOn(m_delegate->timerCommands()->cancel(id));
+}
+
+std::function<void(int)> ScriptingService::replyLater()
+{
+    setDelayedReply(true);
+    return [reply = message().createReply(), bus = connection()](int count) mutable {
+        reply << count;
+        bus.send(reply);
+    };
+}
+
+QString ScriptingService::TrayList()
+{
+    if (!ready())
+        return {};
+    return QString::fromUtf8(QJsonDocument(TrayCommands::list(*m_delegate->tray())).toJson(QJsonDocument::Indented));
+}
+
+int ScriptingService::TrayAdd(const QStringList& paths)
+{
+    if (!ready())
+        return 0;
+    if (const auto error = TrayCommands::checkFiles(paths)) {
+        fail(*error);
+        return 0;
+    }
+    QList<QUrl> urls;
+    for (const QString& path : paths)
+        urls.append(QUrl::fromLocalFile(path));
+    m_delegate->tray()->addFilesFromURLs(urls, replyLater());
+    return 0;
+}
+
+int ScriptingService::TrayPaste()
+{
+    if (!ready())
+        return 0;
+    m_delegate->tray()->pasteFromClipboard(replyLater());
+    return 0;
+}
+
+void ScriptingService::TrayRemove(const QString& nameOrId)
+{
+    if (ready())
+        failOn(TrayCommands::remove(*m_delegate->tray(), nameOrId));
 }
 
 QString ScriptingService::Media()

@@ -4,6 +4,8 @@
 #include <QObject>
 #include <QStringList>
 
+#include <functional>
+
 namespace kelvane {
 
 class AppDelegate;
@@ -39,12 +41,19 @@ public Q_SLOTS:
     void PauseTimer(const QString& id);
     void ResumeTimer(const QString& id);
     void CancelTimer(const QString& id);
+    QString TrayList();
+    // Both answer once the files are in the tray: how many were added.
+    int TrayAdd(const QStringList& paths);
+    int TrayPaste();
+    void TrayRemove(const QString& nameOrId);
     QString Media();
     void MediaCommand(const QString& command);
     void Quit();
 
 private:
     bool ready();
+    // Answers the call later, from `done`, with the count it receives.
+    std::function<void(int)> replyLater();
     void failOn(const std::optional<QString>& error);
     void fail(const QString& message);
 

@@ -9,6 +9,7 @@
 #include <QDBusMetaType>
 #include <QDBusVariant>
 #include <QDeadlineTimer>
+#include <QFileInfo>
 #include <QThread>
 
 #include <cstdio>
@@ -34,6 +35,10 @@ Commands:
   timer add LABEL DURATION           start a timer (DURATION: 90, 90s, 5m, 1h30m, 1:30); prints its id
   timer list                         every timer: id, label, state, total and remaining seconds
   timer pause|resume|cancel ID       act on a timer (ID: its id or the first characters of it)
+  tray add FILE...                   keep files in the tray (copied into its folder); prints how many
+  tray list                          the tray: items (singles and stacks) with names and paths
+  tray remove NAME                   take a file out of the tray (its copy stays in the tray folder)
+  tray paste                         paste the clipboard into the tray (files, else a picture, else text)
   media                              what is playing: track, isPlaying, currentElapsedTime, duration, sources
   media play-pause|next|previous     send a playback command to the playing application
   quit                               end the agent and wait until it has ended
@@ -119,6 +124,23 @@ std::optional<Request> parse(QStringList args, QString& error)
         error = QStringLiteral("use timer add LABEL DURATION, list, or pause|resume|cancel ID.");
         return std::nullopt;
     }
+    if (command == QLatin1StringView("tray") && !rest.isEmpty()) {
+        const QString action = rest.at(0);
+        if (action == QLatin1StringView("list") && rest.size() == 1)
+            return Request{QStringLiteral("TrayList"), {}};
+        if (action == QLatin1StringView("paste") && rest.size() == 1)
+            return Request{QStringLiteral("TrayPaste"), {}};
+        if (action == QLatin1StringView("remove") && rest.size() == 2)
+            return Request{QStringLiteral("TrayRemove"), {rest.at(1)}};
+        if (action == QLatin1StringView("add") && rest.size() > 1) {
+            QStringList paths;
+            for (const QString& file : rest.mid(1))
+                paths << QFileInfo(file).absoluteFilePath();
+            return Request{QStringLiteral("TrayAdd"), {paths}};
+        }
+        error = QStringLiteral("use tray add FILE..., list, remove NAME or paste.");
+        return std::nullopt;
+    }
     if (command == QLatin1StringView("media") && expect(0, 1)) {
         if (rest.isEmpty())
             return Request{QStringLiteral("Media"), {}};
@@ -175,7 +197,9 @@ int main(int argc, char** argv)
         QLatin1StringView(identity::busName), QLatin1StringView(identity::objectPath),
         QLatin1StringView(identity::interfaceName), request->method);
     call.setArguments(request->arguments);
-    const QDBusMessage reply = bus.call(call, QDBus::Block, 10'000);
+    // Adding to the tray answers once the copies are done, which for large files takes a while.
+    const bool copies = request->method == QLatin1StringView("TrayAdd") || request->method == QLatin1StringView("TrayPaste");
+    const QDBusMessage reply = bus.call(call, QDBus::Block, copies ? 3'600'000 : 10'000);
     if (reply.type() == QDBusMessage::ErrorMessage) {
         printLine(stderr, QStringLiteral("kelvanectl: ") + reply.errorMessage());
         return 1;

@@ -168,10 +168,10 @@ QString Tray::freeDestination(const QString& name, const QSet<QString>& reserved
     }
 }
 
-void Tray::addFilesFromURLs(const QList<QUrl>& urls)
+void Tray::addFilesFromURLs(const QList<QUrl>& urls, std::function<void(int)> done)
 {
     assertMainThread();
-    m_pending.push_back(urls);
+    m_pending.push_back({urls, std::move(done)});
     startNextAdd();
 }
 
@@ -180,7 +180,8 @@ void Tray::startNextAdd()
     if (m_adding || m_pending.empty())
         return;
     m_adding = true;
-    const QList<QUrl> urls = m_pending.front();
+    const QList<QUrl> urls = m_pending.front().urls;
+    m_addDone = std::move(m_pending.front().done);
     m_pending.pop_front();
 
     // Destinations are chosen here, one add at a time, so two adds never pick the same name.
@@ -250,6 +251,8 @@ void Tray::finishAdd(const std::vector<QUrl>& urls, const std::vector<TrayFile::
         files.push_back(new TrayFile(urls[i], stackID, now, contents[i], this));
     setFiles(std::move(files));
     m_adding = false;
+    if (const auto done = std::exchange(m_addDone, nullptr))
+        done(static_cast<int>(urls.size()));
     Q_EMIT filesAdded(static_cast<int>(urls.size()));
     startNextAdd();
 }
@@ -598,11 +601,11 @@ void Tray::airdropSelectedFiles() { airDropItems(urlsOf(m_selectedFiles), m_deps
 
 void Tray::toggleQuickLookState() { m_deps.previewer.toggle(urlsOf(m_selectedFiles)); }
 
-void Tray::pasteFromClipboard()
+void Tray::pasteFromClipboard(std::function<void(int)> done)
 {
     const Pasteboard& pasteboard = m_deps.pasteboard;
     if (const QList<QUrl> files = pasteboard.fileURLs(); !files.isEmpty()) {
-        addFilesFromURLs(files);
+        addFilesFromURLs(files, std::move(done));
         return;
     }
     if (const QImage image = pasteboard.image(); !image.isNull()) {
@@ -610,33 +613,40 @@ void Tray::pasteFromClipboard()
         QBuffer buffer(&png);
         buffer.open(QIODevice::WriteOnly);
         image.save(&buffer, "PNG");
-        writePasted(png, QStringLiteral("png"), QStringLiteral("image"));
+        writePasted(png, QStringLiteral("png"), QStringLiteral("image"), std::move(done));
         return;
     }
     if (const auto text = pasteboard.string(PasteboardType::plainText)) {
-        writePasted(text->toUtf8(), QStringLiteral("txt"), QStringLiteral("text"));
+        writePasted(text->toUtf8(), QStringLiteral("txt"), QStringLiteral("text"), std::move(done));
         return;
     }
     trayLine(QStringLiteral("Paste: pasteboard contained nothing usable."));
+    if (done)
+        done(0);
 }
 
-void Tray::writePasted(const QByteArray& data, const QString& extension, const QString& what)
+void Tray::writePasted(const QByteArray& data, const QString& extension, const QString& what,
+                       std::function<void(int)> done)
 {
-    const QString failed = QStringLiteral("Failed to write pasted %1: ").arg(what);
+    const auto failed = [&](const QString& why) {
+        trayLine(QStringLiteral("Failed to write pasted %1: ").arg(what) + why);
+        if (done)
+            done(0);
+    };
     if (m_trayFolder.isEmpty())
         setupTempDirectory();
     if (m_trayFolder.isEmpty()) {
-        trayLine(failed + QStringLiteral("there is no tray folder"));
+        failed(QStringLiteral("there is no tray folder"));
         return;
     }
     const QString path =
         QDir(m_trayFolder).filePath(QUuid::createUuid().toString(QUuid::WithoutBraces).toUpper() + QLatin1Char('.') + extension);
     QSaveFile out(path);
     if (!out.open(QIODevice::WriteOnly) || out.write(data) < 0 || !out.commit()) {
-        trayLine(failed + out.errorString());
+        failed(out.errorString());
         return;
     }
-    addFilesFromURLs({QUrl::fromLocalFile(path)});
+    addFilesFromURLs({QUrl::fromLocalFile(path)}, std::move(done));
 }
 
 void Tray::beginEditing(const QString& id)

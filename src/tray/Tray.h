@@ -74,7 +74,9 @@ public:
 
     // Copies the files into the tray folder (numbering names that are taken) and appends them, in
     // order, once every copy is done; several files added together form one stack.
-    Q_INVOKABLE void addFilesFromURLs(const QList<QUrl>& urls);
+    // `done` runs once they are in, with how many were added.
+    void addFilesFromURLs(const QList<QUrl>& urls, std::function<void(int)> done = {});
+    Q_INVOKABLE void addFiles(const QList<QUrl>& urls) { addFilesFromURLs(urls); }
     Q_INVOKABLE void removeFile(kelvane::TrayFile* file);
     Q_INVOKABLE void removeSelectedFiles();
     TrayFile* fileWithId(const QString& id) const;
@@ -88,7 +90,9 @@ public:
     void handleShiftArrowSelection(int direction);
     void selectAll();
     Q_INVOKABLE void copySelectedFilesToClipboard();
-    Q_INVOKABLE void pasteFromClipboard();
+    // `done` runs once what was pasted is in the tray (with 0 when nothing could be pasted).
+    void pasteFromClipboard(std::function<void(int)> done = {});
+    Q_INVOKABLE void paste() { pasteFromClipboard(); }
     Q_INVOKABLE void airdropSelectedFiles();
     Q_INVOKABLE void toggleQuickLookState();
 
@@ -133,7 +137,8 @@ private:
     void finishAdd(const std::vector<QUrl>& urls, const std::vector<TrayFile::Contents>& contents);
     QString freeDestination(const QString& name, const QSet<QString>& reserved) const;
     std::optional<QUrl> findExistingFile(const QUrl& url) const;
-    void writePasted(const QByteArray& data, const QString& extension, const QString& what);
+    void writePasted(const QByteArray& data, const QString& extension, const QString& what,
+                     std::function<void(int)> done);
     void setProgress(bool shows, double progress);
     void progressTick();
 
@@ -146,7 +151,12 @@ private:
     std::optional<Editing> m_editing;
     std::unique_ptr<FolderMonitor> m_folderMonitor;
     bool m_isMonitoring = false;
-    std::deque<QList<QUrl>> m_pending;
+    struct PendingAdd {
+        QList<QUrl> urls;
+        std::function<void(int)> done;
+    };
+    std::deque<PendingAdd> m_pending;
+    std::function<void(int)> m_addDone;
     bool m_adding = false;
     std::shared_ptr<std::atomic<qint64>> m_copiedBytes;
     qint64 m_bytesToCopy = 0;

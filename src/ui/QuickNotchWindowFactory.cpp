@@ -1,6 +1,6 @@
 #include "QuickNotchWindowFactory.h"
 
-#include "MediaArtworkProvider.h"
+#include "ImageProviders.h"
 #include "QuickNotchWindow.h"
 #include "SpringValue.h"
 
@@ -10,6 +10,7 @@
 #include "notch/WindowsManager.h"
 #include "activities/SelectedLiveActivity.h"
 #include "media/MediaManager.h"
+#include "tray/Tray.h"
 #include "timers/TimerCommands.h"
 #include "timers/TuckleTimersStore.h"
 
@@ -38,6 +39,8 @@ void registerTypes()
     qmlRegisterUncreatableType<TimerCommands>(uri, 1, 0, "TimerCommands", application);
     qmlRegisterUncreatableType<TimerEntry>(uri, 1, 0, "TimerEntry", application);
     qmlRegisterUncreatableType<MediaManager>(uri, 1, 0, "MediaManager", application);
+    qmlRegisterUncreatableType<Tray>(uri, 1, 0, "Tray", application);
+    qmlRegisterUncreatableType<TrayFile>(uri, 1, 0, "TrayFile", application);
 }
 } // namespace
 
@@ -57,6 +60,10 @@ void QuickNotchWindowFactory::setServices(QVariantMap services)
     if (auto* media = qobject_cast<MediaManager*>(m_services.value(QStringLiteral("media")).value<QObject*>())) {
         m_engine.removeImageProvider(QStringLiteral("media"));
         m_engine.addImageProvider(QStringLiteral("media"), new MediaArtworkProvider(media));
+    }
+    if (auto* tray = qobject_cast<Tray*>(m_services.value(QStringLiteral("tray")).value<QObject*>())) {
+        m_engine.removeImageProvider(QStringLiteral("tray"));
+        m_engine.addImageProvider(QStringLiteral("tray"), new TrayImageProvider(tray));
     }
 }
 

@@ -16,6 +16,7 @@ Item {
     property TimersStore timers: null
     property TimerCommands timerCommands: null
     property MediaManager media: null
+    property QtObject tray: null
 
     readonly property bool isOpen: kelvane.modeName !== "closed"
     property bool panelBuilt: false
@@ -33,6 +34,7 @@ Item {
     }
     readonly property string activityText: activityName === "timerExpired" ? (timers ? timers.expiredText : "")
         : activityName === "media" ? (media && media.hasTrack ? media.title : "")
+        : activityName === "tray" ? (tray ? String(tray.count) : "")
         : activityName === "" ? "" : liveActivity.displayName
     readonly property real activityFontSize: Math.max(10, drawn.height * 0.4)
     // A long title is cut short rather than widening the notch across the screen.
@@ -172,6 +174,7 @@ Item {
                 timers: root.timers
                 timerCommands: root.timerCommands
                 media: root.media
+                tray: root.tray
                 notchWindow: root.notchWindow
             }
         }

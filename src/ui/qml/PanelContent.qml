@@ -8,6 +8,7 @@ Item {
     property QtObject timers: null
     property QtObject timerCommands: null
     property QtObject media: null
+    property QtObject tray: null
     property QtObject notchWindow: null
     readonly property string mode: kelvane.modeName
 
@@ -60,12 +61,21 @@ Item {
         notchWindow: panel.notchWindow
     }
 
+    TrayView {
+        anchors.fill: parent
+        anchors.topMargin: tabs.height + 8
+        visible: panel.mode === "tray"
+        focus: visible
+        tray: panel.tray
+        notchWindow: panel.notchWindow
+    }
+
     Text {
         anchors.centerIn: parent
         anchors.verticalCenterOffset: tabs.height / 2
-        visible: panel.mode !== "tuckle"
+        visible: panel.mode === "dragging"
         color: "#a0a0a5"
         font.pixelSize: 13
-        text: panel.mode === "tray" ? "No files in the tray" : "Release to keep in the tray"
+        text: "Release to keep in the tray"
     }
 }

@@ -6,6 +6,7 @@
 namespace kelvane {
 
 class MediaManager;
+class Tray;
 
 // "image://media/…": the artwork of the track playing now, whatever follows the host name (the
 // views add the track's identity so that a new track is a new address).
@@ -16,6 +17,16 @@ public:
 
 private:
     QPointer<MediaManager> m_media;
+};
+
+// "image://tray/<file id>": the picture of an image file held in the tray.
+class TrayImageProvider final : public QQuickImageProvider {
+public:
+    explicit TrayImageProvider(Tray* tray);
+    QImage requestImage(const QString& id, QSize* size, const QSize& requestedSize) override;
+
+private:
+    QPointer<Tray> m_tray;
 };
 
 } // namespace kelvane
