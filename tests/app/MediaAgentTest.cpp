@@ -93,7 +93,14 @@ TEST(MediaAgent, FollowsARealPlayerThroughPauseCrashAndReplacement)
     EXPECT_TRUE(waitUntil([] { return notch("M1")["topBarText"].toString().isEmpty(); }, 3000));
 
     player = std::make_unique<Player>(tone);
-    EXPECT_TRUE(waitUntil([] { return media()["track"].toObject()["title"].toString() == "Probe Tone"; }, 10000));
-    EXPECT_EQ(media()["activeSource"].toObject()["pid"].toInteger(), player->process.processId());
+    // The new player is found as it appears and taken up afresh half a second later.
+    const qint64 pid = player->process.processId();
+    EXPECT_TRUE(waitUntil(
+        [pid] {
+            const QJsonObject latest = media();
+            return latest["track"].toObject()["title"].toString() == "Probe Tone" &&
+                   latest["activeSource"].toObject()["pid"].toInteger() == pid;
+        },
+        10000));
     EXPECT_EQ(agent.process.state(), QProcess::Running);
 }
