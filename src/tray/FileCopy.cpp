@@ -35,7 +35,7 @@ std::optional<QString> copyFile(const QString& source, const QString& destinatio
     for (;;) {
         ssize_t moved = -1;
         if (kernelCopy) {
-            moved = ::copy_file_range(in, nullptr, out, nullptr, 8 << 20, 0);
+            moved = ::copy_file_range(in, nullptr, out, nullptr, 64 << 20, 0);
             if (moved < 0 && (errno == EXDEV || errno == ENOSYS || errno == EINVAL || errno == EOPNOTSUPP)) {
                 kernelCopy = false;
                 continue;
