@@ -348,18 +348,24 @@ int Tray::indexOf(const TrayFile* file) const
 
 void Tray::updateFiles()
 {
+    // Writing the saved list again only when a file moved: most folder events are the tray's own.
     std::vector<TrayFile*> kept;
+    bool followed = false;
     for (TrayFile* file : m_files) {
-        if (QFileInfo::exists(file->path()) || file->updateFileName()) {
+        if (QFileInfo::exists(file->path())) {
             kept.push_back(file);
+        } else if (file->updateFileName()) {
+            kept.push_back(file);
+            followed = true;
         } else if (const auto found = findExistingFile(file->url())) {
             file->updateData(*found);
             kept.push_back(file);
+            followed = true;
         }
     }
     if (kept != m_files)
         setFiles(std::move(kept));
-    else
+    else if (followed)
         persist();
 }
 

@@ -24,18 +24,25 @@ void DesktopSharing::perform(const QList<QUrl>& files)
                                 .arg(files.size()));
         return;
     }
-    // The first reachable device receives the files.
-    QProcess list;
-    list.start(QStringLiteral("kdeconnect-cli"), {QStringLiteral("--list-available"), QStringLiteral("--id-only")});
-    list.waitForFinished(3000);
-    const QString device = QString::fromUtf8(list.readAllStandardOutput()).section(QLatin1Char('\n'), 0, 0).trimmed();
-    if (device.isEmpty()) {
-        logLine(u"Sharing", QStringLiteral("KDE Connect has no device in reach; %1 file(s) not sent.").arg(files.size()));
-        return;
-    }
-    for (const QUrl& file : files)
-        QProcess::startDetached(QStringLiteral("kdeconnect-cli"),
-                                {QStringLiteral("--device"), device, QStringLiteral("--share"), file.toString()});
+    // The first reachable device receives the files; the notch does not wait for the answer.
+    auto* list = new QProcess;
+    QObject::connect(list, &QProcess::finished, list, [list, files] {
+        list->deleteLater();
+        const QString device =
+            QString::fromUtf8(list->readAllStandardOutput()).section(QLatin1Char('\n'), 0, 0).trimmed();
+        if (device.isEmpty()) {
+            logLine(u"Sharing", QStringLiteral("KDE Connect has no device in reach; %1 file(s) not sent.").arg(files.size()));
+            return;
+        }
+        for (const QUrl& file : files)
+            QProcess::startDetached(QStringLiteral("kdeconnect-cli"),
+                                    {QStringLiteral("--device"), device, QStringLiteral("--share"), file.toString()});
+    });
+    QObject::connect(list, &QProcess::errorOccurred, list, [list](QProcess::ProcessError error) {
+        if (error == QProcess::FailedToStart)
+            list->deleteLater();
+    });
+    list->start(QStringLiteral("kdeconnect-cli"), {QStringLiteral("--list-available"), QStringLiteral("--id-only")});
 }
 
 void DesktopSharing::toggle(const QList<QUrl>& files)
