@@ -6,6 +6,8 @@
 #include <QStringList>
 #include <QUrl>
 
+#include <functional>
+#include <memory>
 #include <optional>
 
 namespace kelvane {
@@ -22,6 +24,15 @@ inline const QString png = QStringLiteral("public.png");
 inline const QString filePromise = QStringLiteral("com.apple.NSFilePromiseItemMetaData");
 } // namespace PasteboardType
 
+// A file that the dragging application writes where it is told, once the drop is done.
+class FilePromiseReceiver {
+public:
+    virtual ~FilePromiseReceiver() = default;
+    // Has the file written into `folder`; `done` gets its URL, or nothing and the error.
+    virtual void receive(const QString& folder,
+                         std::function<void(const std::optional<QUrl>& file, const QString& error)> done) = 0;
+};
+
 // The contents of the clipboard or of a drag, by type.
 class Pasteboard {
 public:
@@ -34,6 +45,8 @@ public:
     virtual std::optional<QString> string(const QString& type) const = 0;
     // Replaces the contents with these files.
     virtual void writeFileURLs(const QList<QUrl>& urls) = 0;
+    // The files promised by a drag.
+    virtual QList<std::shared_ptr<FilePromiseReceiver>> filePromiseReceivers() const { return {}; }
 };
 
 // Hands files to the system's sharing service ("send via AirDrop" where there is AirDrop).

@@ -5,8 +5,7 @@
 #include "tray/TemporaryFiles.h"
 #include "tray/Tray.h"
 
-#include "support/Polling.h"
-#include "support/ScopedEnvironment.h"
+#include "TrayFixture.h"
 
 #include <QDir>
 #include <QFile>
@@ -23,84 +22,9 @@ using kelvane::test::ScopedEnvironment;
 using kelvane::test::TemporaryHome;
 using kelvane::test::waitUntil;
 
-namespace {
-struct FakePasteboard : Pasteboard {
-    QList<QUrl> files;
-    QImage picture;
-    std::optional<QString> text;
-    QList<QUrl> written;
-    QStringList types() const override { return {}; }
-    QList<QUrl> fileURLs() const override { return files; }
-    QImage image() const override { return picture; }
-    std::optional<QString> string(const QString&) const override { return text; }
-    void writeFileURLs(const QList<QUrl>& urls) override { written = urls; }
-};
-struct FakeSharing : SharingService, FilePreviewer {
-    QList<QUrl> shared, previewed;
-    void perform(const QList<QUrl>& files) override { shared = files; }
-    void toggle(const QList<QUrl>& files) override { previewed = files; }
-};
+using kelvane::test::Shelf;
+using kelvane::test::FakePasteboard;
 
-// A tray in a temporary home, with the system temporary folder inside it too.
-struct Shelf {
-    TemporaryHome home;
-    ScopedEnvironment env;
-    ManualScheduler scheduler;
-    InMemorySettingsDomain domain;
-    SettingsStore settings{domain};
-    ActiveLiveActivitiesManager activities{settings};
-    FakePasteboard pasteboard;
-    FakeSharing sharing;
-    std::unique_ptr<Tray> tray;
-
-    Shelf()
-    {
-        QDir().mkpath(home.path() + "/tmp");
-        QDir().mkpath(home.path() + "/src");
-        env.set("TMPDIR", (home.path() + "/tmp").toUtf8());
-        restart();
-    }
-    void restart()
-    {
-        tray.reset();
-        tray = std::make_unique<Tray>(Tray::Dependencies{scheduler, activities, pasteboard, sharing, sharing, base()});
-        tray->setupTempDirectory();
-        tray->loadPersistedFiles();
-    }
-    QString base() const { return home.path() + "/.local/share/io.kelvane.Kelvane"; }
-    QString folder() const { return tray->trayFolder(); }
-    QString make(const QString& relative, const QByteArray& contents = "data") const
-    {
-        const QString path = home.path() + "/" + relative;
-        QDir().mkpath(QFileInfo(path).path());
-        QFile file(path);
-        file.open(QIODevice::WriteOnly);
-        file.write(contents);
-        return path;
-    }
-    void add(const QStringList& paths)
-    {
-        QList<QUrl> urls;
-        for (const QString& path : paths)
-            urls.append(QUrl::fromLocalFile(path));
-        tray->addFilesFromURLs(urls);
-        EXPECT_TRUE(waitUntil([&] { return tray->isIdle(); }));
-    }
-    QStringList names() const
-    {
-        QStringList names;
-        for (const TrayFile* file : tray->files())
-            names << file->name();
-        return names;
-    }
-    QJsonArray saved() const
-    {
-        QFile file(tray->stateFile());
-        file.open(QIODevice::ReadOnly);
-        return QJsonDocument::fromJson(file.readAll()).array();
-    }
-};
-} // namespace
 
 // Copies take free names, files already in the tray are not copied again, files added together
 // are one stack, and the last file removed leaves its copy but cleans the drop folders.
