@@ -90,8 +90,13 @@ void AppDelegate::applicationDidFinishLaunching()
         {QStringLiteral("tray"), QVariant::fromValue(static_cast<QObject*>(m_tray.get()))},
     });
 
+    // Every notch takes drops: they open it into its drop area and land in the tray or a pipeline.
+    m_windowFactory.setDropZoneMaker([this](KelvaneState& kelvane) {
+        return std::make_unique<DropZone>(
+            DropZone::Dependencies{m_scheduler, m_settings, kelvane, *m_tray, *m_sharing, m_pointer});
+    });
     m_windowsManager = std::make_unique<WindowsManager>(WindowsManager::Dependencies{
-        m_scheduler, m_settings, m_screens, m_windowFactory, m_haptics, [] { return 0; }});
+        m_scheduler, m_settings, m_screens, m_windowFactory, m_haptics, [this] { return m_tray->count(); }});
     WindowsManager::setShared(m_windowsManager.get());
     m_notchCommands = std::make_unique<NotchCommands>(*m_windowsManager, m_screens);
     m_settingsWindow = std::make_unique<SettingsWindow>(m_windowFactory.engine(), m_settings,

@@ -17,10 +17,12 @@
 #include "platform/linux/MprisMediaEnvironment.h"
 #include "platform/linux/QtProcessRunner.h"
 #include "platform/linux/QtScreenProvider.h"
+#include "platform/linux/X11PointerProbe.h"
 #include "settings/NativeSettingsDomain.h"
 #include "settings/SettingsStore.h"
 #include "timers/TimerCommands.h"
 #include "timers/TuckleTimersStore.h"
+#include "tray/DropZone.h"
 #include "tray/Tray.h"
 #include "ui/ApplicationMenu.h"
 #include "ui/QuickNotchWindowFactory.h"
@@ -85,6 +87,7 @@ private:
     MimePasteboard m_clipboard = MimePasteboard::clipboard();
     std::unique_ptr<DesktopSharing> m_sharing;
     std::unique_ptr<Tray> m_tray;
+    X11PointerProbe m_pointer;
     std::unique_ptr<MprisMediaEnvironment> m_mediaEnvironment;
     std::unique_ptr<MediaManager> m_media;
     std::unique_ptr<SelectedLiveActivity> m_selectedLiveActivity;

@@ -56,6 +56,7 @@ QJsonObject NotchCommands::state() const
             {QStringLiteral("indicator"), indicatorJson(kelvane.indicator())},
             {QStringLiteral("topBarText"),
              kit->windowController ? kit->windowController->topBarText() : QString()},
+            {QStringLiteral("drop"), kit->windowController ? kit->windowController->dropState() : QJsonObject()},
         });
     }
     return {{QStringLiteral("notches"), notches}};

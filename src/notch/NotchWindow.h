@@ -2,6 +2,7 @@
 
 #include "ScreenProvider.h"
 
+#include <QJsonObject>
 #include <QRectF>
 #include <QUuid>
 
@@ -33,6 +34,8 @@ public:
     // The text the closed notch's top bar shows beside the camera now, as drawn; empty when it
     // shows none.
     virtual QString topBarText() const { return {}; }
+    // What a drag over the notch is offered and over which target it is; empty without drops.
+    virtual QJsonObject dropState() const { return {}; }
 };
 
 struct NotchWindowSetup {

@@ -7,6 +7,7 @@
 #include "core/MainThread.h"
 
 #include <QDir>
+#include <QJsonArray>
 #include <QFileInfo>
 #include <QPointer>
 #include <QSaveFile>
@@ -322,6 +323,16 @@ void DropZone::setAvailableActions(const QList<Pipeline>& actions)
         return;
     m_availableActions = actions;
     Q_EMIT availableActionsChanged();
+}
+
+QJsonObject DropZone::stateJson() const
+{
+    QJsonArray offered;
+    for (const Pipeline& pipeline : m_availableActions)
+        offered.append(pipeline.id);
+    return {{QStringLiteral("offered"), offered},
+            {QStringLiteral("hovered"), m_hoveredDropTargetID ? QJsonValue(*m_hoveredDropTargetID) : QJsonValue()},
+            {QStringLiteral("suppressed"), m_dropsSuppressed}};
 }
 
 QVariantList DropZone::availableActionsForView() const

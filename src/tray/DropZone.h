@@ -7,6 +7,7 @@
 #include "settings/SettingValue.h"
 
 #include <QHash>
+#include <QJsonObject>
 #include <QObject>
 #include <QPointF>
 #include <QRectF>
@@ -97,6 +98,8 @@ public:
     const std::optional<QPointF>& droppingCoords() const { return m_droppingCoords; }
     const QHash<QString, QRectF>& targetsCoords() const { return m_targetsCoords; }
     bool exitTimerActive() const { return m_exitTimer.isActive(); }
+    // {offered: [pipeline ids], hovered: id or null, suppressed}, for scripts.
+    QJsonObject stateJson() const;
 
     bool dropsSuppressed() const { return m_dropsSuppressed; }
     // Set while the tray's own files are dragged out, so that they do not land in it again.

@@ -17,8 +17,10 @@
 
 namespace kelvane {
 
-QuickNotchWindow::QuickNotchWindow(const NotchWindowSetup& setup, QQmlEngine& engine, const QVariantMap& services)
-    : m_view(std::make_unique<QQuickView>(&engine, nullptr))
+QuickNotchWindow::QuickNotchWindow(const NotchWindowSetup& setup, QQmlEngine& engine, const QVariantMap& services,
+                                   std::unique_ptr<DropZone> dropZone)
+    : m_dropZone(std::move(dropZone))
+    , m_view(std::make_unique<QQuickView>(&engine, nullptr))
     , m_screenFrame(setup.screen.frame)
     , m_viewModel(setup.viewModel)
 {
@@ -45,6 +47,8 @@ QuickNotchWindow::QuickNotchWindow(const NotchWindowSetup& setup, QQmlEngine& en
          QVariant::fromValue(static_cast<QObject*>(setup.windowsManager))},
         {QStringLiteral("notchWindow"), QVariant::fromValue(static_cast<QObject*>(this))},
     });
+    if (m_dropZone)
+        properties.insert(QStringLiteral("dropZone"), QVariant::fromValue(static_cast<QObject*>(m_dropZone.get())));
     m_view->setInitialProperties(properties);
     m_view->setSource(QUrl(QStringLiteral("qrc:/kelvane/ui/NotchView.qml")));
     if (m_view->status() == QQuickView::Error) {
@@ -114,6 +118,11 @@ QString QuickNotchWindow::topBarText() const
         if (!item->isVisible() || item->opacity() <= 0 || item->width() <= 0)
             return {};
     return text ? text->property("text").toString() : QString();
+}
+
+QJsonObject QuickNotchWindow::dropState() const
+{
+    return m_dropZone ? m_dropZone->stateJson() : QJsonObject();
 }
 
 void QuickNotchWindow::setInputRegion(double x, double y, double width, double height)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "notch/NotchWindow.h"
+#include "tray/DropZone.h"
 
 #include <QQuickView>
 
@@ -17,7 +18,9 @@ public:
     // Every notch window shares the one QML engine of the application. `services` are the
     // application's models that the views show (the live activities, the timers), by the name of
     // the view's property.
-    QuickNotchWindow(const NotchWindowSetup& setup, QQmlEngine& engine, const QVariantMap& services = {});
+    // The window owns the notch's drop zone, when it is given one, and shows it as "dropZone".
+    QuickNotchWindow(const NotchWindowSetup& setup, QQmlEngine& engine, const QVariantMap& services = {},
+                     std::unique_ptr<DropZone> dropZone = nullptr);
     ~QuickNotchWindow() override;
 
     void setResignKeyHandler(std::function<void()> handler) override;
@@ -27,6 +30,7 @@ public:
     QRectF frame() const override;
     void orderFront() override;
     QString topBarText() const override;
+    QJsonObject dropState() const override;
 
     QQuickView* view() const { return m_view.get(); }
 
@@ -39,6 +43,8 @@ public:
 private:
     void followWindowSize();
 
+    // Before the view, so that it outlives the views that read it.
+    std::unique_ptr<DropZone> m_dropZone;
     std::unique_ptr<QQuickView> m_view;
     std::function<void()> m_resignKey;
     QRectF m_screenFrame;

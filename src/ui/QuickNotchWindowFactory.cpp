@@ -1,6 +1,7 @@
 #include "QuickNotchWindowFactory.h"
 
 #include "ImageProviders.h"
+#include "NotchDropView.h"
 #include "QuickNotchWindow.h"
 #include "SpringValue.h"
 
@@ -41,6 +42,8 @@ void registerTypes()
     qmlRegisterUncreatableType<MediaManager>(uri, 1, 0, "MediaManager", application);
     qmlRegisterUncreatableType<Tray>(uri, 1, 0, "Tray", application);
     qmlRegisterUncreatableType<TrayFile>(uri, 1, 0, "TrayFile", application);
+    qmlRegisterUncreatableType<DropZone>(uri, 1, 0, "DropZone", owned);
+    qmlRegisterType<NotchDropView>(uri, 1, 0, "NotchDropView");
 }
 } // namespace
 
@@ -51,7 +54,8 @@ QuickNotchWindowFactory::QuickNotchWindowFactory()
 
 std::unique_ptr<NotchWindow> QuickNotchWindowFactory::createWindow(const NotchWindowSetup& setup)
 {
-    return std::make_unique<QuickNotchWindow>(setup, m_engine, m_services);
+    std::unique_ptr<DropZone> dropZone = m_dropZoneMaker && setup.kelvane ? m_dropZoneMaker(*setup.kelvane) : nullptr;
+    return std::make_unique<QuickNotchWindow>(setup, m_engine, m_services, std::move(dropZone));
 }
 
 void QuickNotchWindowFactory::setServices(QVariantMap services)

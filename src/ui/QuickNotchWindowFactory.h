@@ -4,7 +4,12 @@
 
 #include <QQmlEngine>
 
+#include <functional>
+
 namespace kelvane {
+
+class DropZone;
+class KelvaneState;
 
 class QuickNotchWindowFactory final : public NotchWindowFactory {
 public:
@@ -14,10 +19,14 @@ public:
     QQmlEngine& engine() { return m_engine; }
     // Models every notch view shows, by property name; windows made later receive them.
     void setServices(QVariantMap services);
+    // Makes the drop zone of each new notch.
+    using DropZoneMaker = std::function<std::unique_ptr<DropZone>(KelvaneState&)>;
+    void setDropZoneMaker(DropZoneMaker maker) { m_dropZoneMaker = std::move(maker); }
 
 private:
     QQmlEngine m_engine;
     QVariantMap m_services;
+    DropZoneMaker m_dropZoneMaker;
 };
 
 } // namespace kelvane

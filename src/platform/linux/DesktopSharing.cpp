@@ -1,11 +1,18 @@
 #include "DesktopSharing.h"
 
 #include "core/Log.h"
+#include "tray/TemporaryFiles.h"
 
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QUuid>
 #include <QProcess>
 #include <QStandardPaths>
+
+#include <unistd.h>
 
 namespace kelvane {
 
@@ -13,6 +20,30 @@ DesktopSharing::DesktopSharing(QDBusConnection bus)
     : m_bus(std::move(bus))
 {
 }
+
+namespace {
+// Dropped files are staged in a folder that is removed as soon as they are handed over, while
+// KDE Connect reads them later: they are linked (or copied) where they stay until the system
+// clears its temporary folder.
+QList<QUrl> keepForSending(const QList<QUrl>& files)
+{
+    const QString staging = applicationTemporaryFolder() + QLatin1Char('/');
+    const QString kept = QDir::temp().filePath(QStringLiteral("KelvaneShared/") + QUuid::createUuid().toString(QUuid::WithoutBraces));
+    QList<QUrl> result;
+    for (const QUrl& url : files) {
+        const QString path = url.toLocalFile();
+        if (!path.startsWith(staging) || !QFileInfo(path).isFile() || !QDir().mkpath(kept)) {
+            result.append(url);
+            continue;
+        }
+        const QString target = QDir(kept).filePath(QFileInfo(path).fileName());
+        const bool linked = ::link(QFile::encodeName(path).constData(), QFile::encodeName(target).constData()) == 0 ||
+                            QFile::copy(path, target);
+        result.append(linked ? QUrl::fromLocalFile(target) : url);
+    }
+    return result;
+}
+} // namespace
 
 void DesktopSharing::perform(const QList<QUrl>& files)
 {
@@ -26,7 +57,7 @@ void DesktopSharing::perform(const QList<QUrl>& files)
     }
     // The first reachable device receives the files; the notch does not wait for the answer.
     auto* list = new QProcess;
-    QObject::connect(list, &QProcess::finished, list, [list, files] {
+    QObject::connect(list, &QProcess::finished, list, [list, files = keepForSending(files)] {
         list->deleteLater();
         const QString device =
             QString::fromUtf8(list->readAllStandardOutput()).section(QLatin1Char('\n'), 0, 0).trimmed();

@@ -17,6 +17,7 @@ Item {
     property TimerCommands timerCommands: null
     property MediaManager media: null
     property QtObject tray: null
+    property DropZone dropZone: null
 
     readonly property bool isOpen: kelvane.modeName !== "closed"
     property bool panelBuilt: false
@@ -176,7 +177,16 @@ Item {
                 media: root.media
                 tray: root.tray
                 notchWindow: root.notchWindow
+                dropZone: root.dropZone
+                dropSpace: dropView
             }
+        }
+
+        // Drags from other applications arrive here, over the whole notch.
+        NotchDropView {
+            id: dropView
+            anchors.fill: parent
+            dropZone: root.dropZone
         }
     }
 }

@@ -10,6 +10,9 @@ Item {
     property QtObject media: null
     property QtObject tray: null
     property QtObject notchWindow: null
+    property QtObject dropZone: null
+    // The item the drop zone measures its targets in.
+    property Item dropSpace: null
     readonly property string mode: kelvane.modeName
 
     Row {
@@ -68,14 +71,13 @@ Item {
         focus: visible
         tray: panel.tray
         notchWindow: panel.notchWindow
+        dropZone: panel.dropZone
     }
 
-    Text {
-        anchors.centerIn: parent
-        anchors.verticalCenterOffset: tabs.height / 2
+    DropAreaView {
+        anchors.fill: parent
         visible: panel.mode === "dragging"
-        color: "#a0a0a5"
-        font.pixelSize: 13
-        text: "Release to keep in the tray"
+        dropZone: panel.dropZone
+        dropSpace: panel.dropSpace
     }
 }

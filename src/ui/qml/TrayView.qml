@@ -7,7 +7,24 @@ FocusScope {
     id: view
     property QtObject tray: null
     property QtObject notchWindow: null
+    // Dropping the tray's own files back on the notch is refused while they are dragged out.
+    property QtObject dropZone: null
     readonly property var items: tray ? tray.items : []
+
+    function fileUri(path) {
+        return "file://" + path.split("/").map(encodeURIComponent).join("/")
+    }
+    // A selected tile drags every selected file; any other tile drags itself.
+    function dragUris(file) {
+        if (!tray || tray.selectedIds.indexOf(file.id) < 0)
+            return fileUri(file.path) + "\r\n"
+        let uris = ""
+        for (const entry of items)
+            for (const f of entry.files)
+                if (tray.selectedIds.indexOf(f.id) >= 0)
+                    uris += fileUri(f.path) + "\r\n"
+        return uris
+    }
 
     function keyName(key) {
         return ({ [Qt.Key_C]: "c", [Qt.Key_A]: "a", [Qt.Key_V]: "v", [Qt.Key_Space]: "space",
@@ -98,7 +115,9 @@ FocusScope {
                         Drag.active: dragArea.drag.active
                         Drag.dragType: Drag.Automatic
                         Drag.supportedActions: Qt.CopyAction
-                        Drag.mimeData: ({ "text/uri-list": "file://" + encodeURI(tile.modelData.path) })
+                        Drag.mimeData: ({ "text/uri-list": view.dragUris(tile.modelData) })
+                        Drag.onDragStarted: if (view.dropZone) view.dropZone.dropsSuppressed = true
+                        Drag.onDragFinished: if (view.dropZone) view.dropZone.dropsSuppressed = false
                         MouseArea {
                             id: dragArea
                             anchors.fill: parent
