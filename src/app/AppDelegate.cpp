@@ -6,6 +6,7 @@
 
 #include <QGuiApplication>
 #include <QLocale>
+#include <QScreen>
 #include <QWindow>
 
 #include <thread>
@@ -32,6 +33,9 @@ AppDelegate::AppDelegate()
 
 AppDelegate::~AppDelegate()
 {
+    // The key thread goes first: it reports to everything below.
+    m_liveActivitiesSettings.reset();
+    m_keyListener.reset();
     m_nsMenu.reset();
     m_settingsWindow.reset();
     m_notchCommands.reset();
@@ -108,7 +112,57 @@ void AppDelegate::applicationDidFinishLaunching()
     // of the task bar and pager as it is first shown. The settings window is an ordinary window.
 
     setupMenu();
+    startBriVolKeyListener();
     m_appInitialized = true;
+}
+
+void AppDelegate::startBriVolKeyListener()
+{
+    // A laptop's own panel is the built-in display.
+    const auto followMainScreen = [this] {
+        const QScreen* screen = QGuiApplication::primaryScreen();
+        const QString name = screen ? screen->name() : QString();
+        m_mainScreenIsBuiltIn = name.startsWith(QLatin1StringView("eDP")) || name.startsWith(QLatin1StringView("LVDS")) ||
+                                name.startsWith(QLatin1StringView("DSI"));
+    };
+    followMainScreen();
+    connect(qGuiApp, &QGuiApplication::primaryScreenChanged, this, followMainScreen);
+
+    m_brightness = std::make_unique<BacklightBrightnessService>(BacklightBrightnessService::defaultRoot(),
+                                                                QDBusConnection::systemBus());
+    m_wake = std::make_unique<SessionWakeEvents>(QDBusConnection::sessionBus(), QDBusConnection::systemBus());
+    m_levelKeys = std::make_unique<LevelKeys>(LevelKeys::Dependencies{
+        m_volume, *m_brightness, [this](MediaKey key) { return m_keySource.grabbedElsewhere(key); },
+        [this](const Indicator& indicator) {
+            QMetaObject::invokeMethod(
+                this,
+                [this, indicator] {
+                    if (m_windowsManager && m_liveActivitiesSettings)
+                        m_windowsManager->showIndicator(indicator,
+                                                        (*m_liveActivitiesSettings)->HUDReplacementShouldShowInAllScreens);
+                },
+                Qt::QueuedConnection);
+        },
+        [](std::chrono::milliseconds delay) { std::this_thread::sleep_for(delay); }});
+    m_keyListener = std::make_unique<VolumeAndBrightnessListener>(VolumeAndBrightnessListener::Dependencies{
+        m_scheduler, m_keySource, *m_wake, [this] { return m_mainScreenIsBuiltIn.load(); },
+        [this](std::function<void()> work) { m_hudQueue.async(std::move(work)); },
+        [this] { m_hud.disableSystemHUD(); }, [this] { m_hud.enableSystemHUD(); }});
+    m_keyListener->setSideEffect(QStringLiteral("notch"), [this](MediaKey key) { (*m_levelKeys)(key); });
+    m_liveActivitiesSettings = std::make_unique<SettingValue<LiveActivitiesSettings>>(
+        m_settings, Keys::liveActivitiesSettings(), this,
+        [this](const LiveActivitiesSettings& settings) { followHUDReplacementSetting(settings); });
+    followHUDReplacementSetting(m_liveActivitiesSettings->get());
+}
+
+void AppDelegate::followHUDReplacementSetting(const LiveActivitiesSettings& settings)
+{
+    if (settings.enableHUDReplacement == m_keyListener->isRunning())
+        return;
+    if (settings.enableHUDReplacement)
+        m_keyListener->start();
+    else
+        m_keyListener->stop();
 }
 
 void AppDelegate::removeUpdateAvailableActivity()

@@ -18,6 +18,12 @@
 #include "platform/linux/QtProcessRunner.h"
 #include "platform/linux/QtScreenProvider.h"
 #include "platform/linux/X11PointerProbe.h"
+#include "platform/linux/BacklightBrightnessService.h"
+#include "platform/linux/PulseVolumeService.h"
+#include "platform/linux/SessionWakeEvents.h"
+#include "platform/linux/XInputKeySource.h"
+#include "hud/LevelKeys.h"
+#include "hud/VolumeAndBrightnessListener.h"
 #include "settings/NativeSettingsDomain.h"
 #include "settings/SettingsStore.h"
 #include "timers/TimerCommands.h"
@@ -31,6 +37,7 @@
 #include <QObject>
 #include <QUrl>
 
+#include <atomic>
 #include <memory>
 
 namespace kelvane {
@@ -94,6 +101,18 @@ private:
     std::unique_ptr<TuckleTimersStore> m_timersStore;
     std::unique_ptr<TimerCommands> m_timerCommands;
     std::unique_ptr<SettingsWindow> m_settingsWindow;
+
+    // The volume and brightness keys, shown in the notch while the user wants it.
+    void startBriVolKeyListener();
+    void followHUDReplacementSetting(const LiveActivitiesSettings& settings);
+    XInputKeySource m_keySource;
+    PulseVolumeService m_volume;
+    std::unique_ptr<BacklightBrightnessService> m_brightness;
+    std::unique_ptr<SessionWakeEvents> m_wake;
+    std::unique_ptr<LevelKeys> m_levelKeys;
+    std::unique_ptr<VolumeAndBrightnessListener> m_keyListener;
+    std::unique_ptr<SettingValue<LiveActivitiesSettings>> m_liveActivitiesSettings;
+    std::atomic<bool> m_mainScreenIsBuiltIn{false};
 
     // Empty until the launch sequence creates it; every "show settings" path goes through it.
     std::unique_ptr<WindowsManager> m_windowsManager;

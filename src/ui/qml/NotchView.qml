@@ -99,7 +99,19 @@ Item {
             onTapped: if (!root.isOpen) root.controller.openNotchNamed("tuckle")
         }
 
-        // Level indicator in the closed notch's right wing.
+        // Level indicator: its symbol in the left wing, the level bar in the right one.
+        Text {
+            objectName: "indicatorIcon"
+            visible: root.indicatorWing > 0 && shape.width > root.drawn.width + root.indicatorWing
+            anchors.left: parent.left
+            anchors.leftMargin: root.indicatorWing * 0.3
+            anchors.verticalCenter: parent.verticalCenter
+            readonly property var indicator: root.kelvane.indicatorValue
+            // Kind 0 is brightness, 1 volume.
+            text: indicator.kind === 0 ? "\u2600" : "\u266A"
+            color: indicator.icon === "audio-volume-muted" ? "#8e8e93" : "white"
+            font.pixelSize: root.drawn.height * 0.55
+        }
         Rectangle {
             visible: root.indicatorWing > 0 && shape.width > root.drawn.width + root.indicatorWing
             anchors.right: parent.right
