@@ -58,14 +58,6 @@ struct DragFromAnotherApp {
     }
 };
 
-QStringList trayNames()
-{
-    QStringList names;
-    for (const auto& item : ctlJson({"tray", "list"})["items"].toArray())
-        for (const auto& file : item.toObject()["files"].toArray())
-            names << file.toObject()["name"].toString();
-    return names;
-}
 } // namespace
 
 // Files and text dragged from another application open the notch into its drop area: on the tray

@@ -23,14 +23,6 @@ void copyToClipboard(const QByteArray& data, const QString& type)
     xclip.waitForFinished();
 }
 
-QStringList trayNames()
-{
-    QStringList names;
-    for (const auto& item : ctlJson({"tray", "list"})["items"].toArray())
-        for (const auto& file : item.toObject()["files"].toArray())
-            names << file.toObject()["name"].toString();
-    return names;
-}
 } // namespace
 
 // Files and then text pasted from another application's clipboard land in the tray, are copies

@@ -37,6 +37,15 @@ QJsonObject ctlJson(const QStringList& arguments)
 
 QStringList notchWindows() { return XvfbServer::current()->windowGeometries("Kelvane Notch"); }
 
+QStringList trayNames()
+{
+    QStringList names;
+    for (const auto& item : ctlJson({"tray", "list"})["items"].toArray())
+        for (const auto& file : item.toObject()["files"].toArray())
+            names << file.toObject()["name"].toString();
+    return names;
+}
+
 QJsonObject notch(const QString& screen)
 {
     for (const auto& value : ctlJson({"state"})["notches"].toArray())

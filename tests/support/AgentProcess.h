@@ -22,6 +22,8 @@ Result ctl(const QStringList& arguments);
 QJsonObject ctlJson(const QStringList& arguments);
 
 QStringList notchWindows();
+// The names of the files in the running agent's tray, in order, from `kelvanectl tray list`.
+QStringList trayNames();
 // The state of the notch on the named screen, from `kelvanectl state`.
 QJsonObject notch(const QString& screen);
 
