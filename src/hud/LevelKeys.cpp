@@ -21,57 +21,60 @@ void LevelKeys::operator()(MediaKey key)
         m_deps.post(*indicator);
 }
 
-std::optional<Indicator> LevelKeys::volumeIndicator(MediaKey key, bool changeItHere)
+template <typename Level>
+std::optional<Level> LevelKeys::readAfterChange(const std::function<std::optional<Level>(QString*)>& read,
+                                                const std::function<void()>& change, std::atomic<bool>& reported,
+                                                const QString& what)
 {
     QString why;
-    auto level = m_deps.volume.read(&why);
-    if (!level) {
-        reportMissing(m_volumeMissingReported, QStringLiteral("volume"), why);
+    const std::optional<Level> before = read(&why);
+    if (!before) {
+        if (!reported.exchange(true))
+            logLine(u"HUD", QStringLiteral("The %1 indicator is not shown: %2").arg(what, why));
         return std::nullopt;
     }
-    m_volumeMissingReported = false;
-    const auto before = *level;
-    if (changeItHere) {
-        if (key == MediaKey::mute)
-            m_deps.volume.toggleMute();
-        else
-            m_deps.volume.step(key == MediaKey::volumeUp ? stepSize : -stepSize);
-    }
-    // The change, ours or the desktop's, reaches the server a moment after the key.
+    reported = false;
+    change();
+    Level level = *before;
     for (int i = 0; i < settleReads; ++i) {
-        level = m_deps.volume.read(&why).value_or(before);
-        if (level->value != before.value || level->muted != before.muted)
+        level = read(&why).value_or(*before);
+        if (level != *before)
             break;
         m_deps.sleep(settleInterval);
     }
+    return level;
+}
+
+std::optional<Indicator> LevelKeys::volumeIndicator(MediaKey key, bool changeItHere)
+{
+    const auto level = readAfterChange<VolumeService::Level>(
+        [this](QString* why) { return m_deps.volume.read(why); },
+        [&] {
+            if (!changeItHere)
+                return;
+            if (key == MediaKey::mute)
+                m_deps.volume.toggleMute();
+            else
+                m_deps.volume.step(key == MediaKey::volumeUp ? stepSize : -stepSize);
+        },
+        m_volumeMissingReported, QStringLiteral("volume"));
+    if (!level)
+        return std::nullopt;
     return Indicator{Indicator::Kind::volume, volumeIcon(*level), level->muted ? 0.0 : level->value};
 }
 
 std::optional<Indicator> LevelKeys::brightnessIndicator(MediaKey key, bool changeItHere)
 {
-    QString why;
-    auto level = m_deps.brightness.read(&why);
-    if (!level) {
-        reportMissing(m_brightnessMissingReported, QStringLiteral("brightness"), why);
+    const auto level = readAfterChange<double>(
+        [this](QString* why) { return m_deps.brightness.read(why); },
+        [&] {
+            if (changeItHere)
+                m_deps.brightness.step(key == MediaKey::brightnessUp ? stepSize : -stepSize);
+        },
+        m_brightnessMissingReported, QStringLiteral("brightness"));
+    if (!level)
         return std::nullopt;
-    }
-    m_brightnessMissingReported = false;
-    const double before = *level;
-    if (changeItHere)
-        m_deps.brightness.step(key == MediaKey::brightnessUp ? stepSize : -stepSize);
-    for (int i = 0; i < settleReads; ++i) {
-        level = m_deps.brightness.read(&why).value_or(before);
-        if (*level != before)
-            break;
-        m_deps.sleep(settleInterval);
-    }
     return Indicator{Indicator::Kind::brightness, brightnessIcon, *level};
-}
-
-void LevelKeys::reportMissing(std::atomic<bool>& reported, const QString& what, const QString& why)
-{
-    if (!reported.exchange(true))
-        logLine(u"HUD", QStringLiteral("The %1 indicator is not shown: %2").arg(what, why));
 }
 
 QString LevelKeys::volumeIcon(const VolumeService::Level& level)

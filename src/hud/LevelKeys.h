@@ -17,6 +17,7 @@ public:
     struct Level {
         double value = 0; // 0 to 1
         bool muted = false;
+        bool operator==(const Level&) const = default;
     };
     virtual ~VolumeService() = default;
     // Nothing, with the reason, when there is no sound server to ask.
@@ -63,8 +64,13 @@ public:
 private:
     std::optional<Indicator> volumeIndicator(MediaKey key, bool changeItHere);
     std::optional<Indicator> brightnessIndicator(MediaKey key, bool changeItHere);
-    // One line per outage: said when the service goes missing, again only after it came back.
-    void reportMissing(std::atomic<bool>& reported, const QString& what, const QString& why);
+    // Reads the level, makes the change, and reads again until the change shows (ours or the
+    // desktop's reaches the service a moment after the key). Nothing when the service is missing:
+    // one line per outage, said when it goes missing and again only after it came back.
+    template <typename Level>
+    std::optional<Level> readAfterChange(const std::function<std::optional<Level>(QString*)>& read,
+                                         const std::function<void()>& change, std::atomic<bool>& reported,
+                                         const QString& what);
 
     Dependencies m_deps;
     std::atomic<bool> m_volumeMissingReported{false};

@@ -16,6 +16,11 @@ void await(pa_threaded_mainloop* loop, pa_operation* operation)
         pa_threaded_mainloop_wait(loop);
     pa_operation_unref(operation);
 }
+
+// Wakes the thread waiting on the main loop passed as `loop`.
+void wake(pa_threaded_mainloop* loop) { pa_threaded_mainloop_signal(loop, 0); }
+void wakeOnState(pa_context*, void* loop) { wake(static_cast<pa_threaded_mainloop*>(loop)); }
+void wakeOnSuccess(pa_context*, int, void* loop) { wake(static_cast<pa_threaded_mainloop*>(loop)); }
 } // namespace
 
 struct PulseVolumeService::Sink {
@@ -38,8 +43,7 @@ bool PulseVolumeService::connect(QString* why)
     m_loop = pa_threaded_mainloop_new();
     m_context = pa_context_new(pa_threaded_mainloop_get_api(m_loop), "Kelvane");
     pa_context_set_state_callback(
-        m_context, [](pa_context*, void* loop) { pa_threaded_mainloop_signal(static_cast<pa_threaded_mainloop*>(loop), 0); },
-        m_loop);
+        m_context, wakeOnState, m_loop);
     pa_threaded_mainloop_lock(m_loop);
     bool ready = pa_context_connect(m_context, nullptr, PA_CONTEXT_NOAUTOSPAWN, nullptr) >= 0 &&
                  pa_threaded_mainloop_start(m_loop) >= 0;
@@ -88,7 +92,7 @@ std::optional<PulseVolumeService::Sink> PulseVolumeService::defaultSink(QString*
                           auto* q = static_cast<Query*>(data);
                           if (eol == 0 && info)
                               q->sink = Sink{QByteArray(info->name), info->volume, info->mute != 0};
-                          pa_threaded_mainloop_signal(q->loop, 0);
+                          wake(q->loop);
                       },
                       &query));
     if (!query.sink)
@@ -124,8 +128,7 @@ void PulseVolumeService::step(double delta)
         pa_cvolume_scale(&sink->volume, static_cast<pa_volume_t>(std::lround(target * PA_VOLUME_NORM)));
         await(m_loop, pa_context_set_sink_volume_by_name(
                           m_context, sink->name.constData(), &sink->volume,
-                          [](pa_context*, int, void* loop) { pa_threaded_mainloop_signal(static_cast<pa_threaded_mainloop*>(loop), 0); },
-                          m_loop));
+                          wakeOnSuccess, m_loop));
     }
     pa_threaded_mainloop_unlock(m_loop);
 }
@@ -140,8 +143,7 @@ void PulseVolumeService::toggleMute()
     if (auto sink = defaultSink(&why))
         await(m_loop, pa_context_set_sink_mute_by_name(
                           m_context, sink->name.constData(), sink->muted ? 0 : 1,
-                          [](pa_context*, int, void* loop) { pa_threaded_mainloop_signal(static_cast<pa_threaded_mainloop*>(loop), 0); },
-                          m_loop));
+                          wakeOnSuccess, m_loop));
     pa_threaded_mainloop_unlock(m_loop);
 }
 
