@@ -69,7 +69,7 @@ void AppDelegate::applicationDidFinishLaunching()
     // The tray comes back as it was left.
     m_sharing = std::make_unique<DesktopSharing>(QDBusConnection::sessionBus());
     m_tray = std::make_unique<Tray>(Tray::Dependencies{
-        m_scheduler, m_liveActivities, m_clipboard, *m_sharing, *m_sharing,
+        m_scheduler, m_liveActivities, m_clipboard, *m_sharing, *m_sharing, m_staging,
         identity::applicationSupportPath(QLatin1StringView(identity::bundleIdentifier))});
     m_tray->setupTempDirectory();
     m_tray->loadPersistedFiles();
@@ -97,7 +97,7 @@ void AppDelegate::applicationDidFinishLaunching()
     // Every notch takes drops: they open it into its drop area and land in the tray or a pipeline.
     m_windowFactory.setDropZoneMaker([this](KelvaneState& kelvane) {
         return std::make_unique<DropZone>(
-            DropZone::Dependencies{m_scheduler, m_settings, kelvane, *m_tray, *m_sharing, m_pointer});
+            DropZone::Dependencies{m_scheduler, m_settings, kelvane, *m_tray, m_staging, *m_sharing, m_pointer});
     });
     m_windowsManager = std::make_unique<WindowsManager>(WindowsManager::Dependencies{
         m_scheduler, m_settings, m_screens, m_windowFactory, m_haptics, [this] { return m_tray->count(); }});
@@ -190,6 +190,9 @@ void AppDelegate::applicationWillTerminate()
     // Never leave the desktop without its own volume and brightness pop-up. Anything still queued
     // for the pop-up helper runs first.
     m_hudQueue.sync([this] { m_hud.enableSystemHUD(); });
+    // A copy into the tray never holds the end up for more than a moment.
+    if (m_tray)
+        m_tray->shutdown();
     // Settings reach the disk as they change; stores that keep data in memory save here.
 }
 

@@ -93,6 +93,7 @@ private:
     std::unique_ptr<NotchCommands> m_notchCommands;
     MimePasteboard m_clipboard = MimePasteboard::clipboard();
     std::unique_ptr<DesktopSharing> m_sharing;
+    StagingArea m_staging;
     std::unique_ptr<Tray> m_tray;
     X11PointerProbe m_pointer;
     std::unique_ptr<MprisMediaEnvironment> m_mediaEnvironment;

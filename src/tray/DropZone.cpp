@@ -1,6 +1,7 @@
 #include "DropZone.h"
 
-#include "TemporaryFiles.h"
+#include "FileCopy.h"
+#include "StagingArea.h"
 #include "Tray.h"
 
 #include "core/Log.h"
@@ -10,11 +11,11 @@
 #include <QJsonArray>
 #include <QFileInfo>
 #include <QPointer>
+#include <QFutureWatcher>
 #include <QSaveFile>
+#include <QtConcurrent>
 
-#include <cerrno>
-#include <cstdio>
-#include <cstring>
+#include <unistd.h>
 
 namespace kelvane {
 
@@ -72,8 +73,18 @@ DropZone::DropZone(Dependencies dependencies, QObject* parent)
 {
 }
 
+bool DropZone::canTake(const QStringList& types)
+{
+    static const QStringList taken{PasteboardType::fileURL,   PasteboardType::url,          PasteboardType::legacyURL,
+                                   PasteboardType::appleURL,  PasteboardType::plainText,    PasteboardType::legacyString,
+                                   PasteboardType::filePromise};
+    return std::any_of(types.begin(), types.end(), [](const QString& type) { return taken.contains(type); });
+}
+
 bool DropZone::viewEntered(const QRectF& viewOnDesktop, const Pasteboard& pasteboard)
 {
+    if (!canTake(pasteboard.types()))
+        return false;
     m_exitTimer.cancel();
     m_boundary.include(viewOnDesktop);
     dropEntered(pasteboard);
@@ -167,61 +178,98 @@ bool DropZone::performDrop(const Pasteboard& pasteboard)
     // After a pipeline the notch shows the tray when it holds files, as after a drag that left.
     const bool closeAfter = pipeline && m_deps.tray.count() == 0;
 
-    const QString folder = applicationTemporaryFolder();
-    if (!QDir().mkpath(folder))
-        emitLine(QStringLiteral("Error creating app temp directory: ") +
-                 QStringLiteral("cannot create \"%1\"").arg(folder));
-
-    auto deliver = [this, target = pipeline ? std::optional<Pipeline>(*pipeline) : std::nullopt, targetRect,
-                    folder](const QList<QUrl>& urls) {
+    // Each drop stages into a folder of its own, which lives as long as its add or its pipeline
+    // needs it: a second drop, the tray emptied or another pipeline never takes it away.
+    const std::shared_ptr<StagedDrop> drop = m_deps.staging.newDrop();
+    const QString folder = drop ? drop->folder() : QString();
+    if (drop && pipeline)
+        drop->removeWhenReleased();
+    Tray* tray = &m_deps.tray;
+    auto deliver = [tray, target = pipeline ? std::optional<Pipeline>(*pipeline) : std::nullopt, targetRect,
+                    drop](const QList<QUrl>& urls) {
         if (urls.isEmpty())
             return;
-        if (target) {
-            target->action(urls, targetRect);
-            cleanupTemporaryDirectory(folder);
-        } else {
-            m_deps.tray.addFilesFromURLs(urls);
-        }
+        if (target)
+            target->action(urls, targetRect, [drop] {});
+        else
+            tray->addFilesFromURLs(urls, {}, drop);
     };
 
     if (const QList<QUrl> files = pasteboard.fileURLs(); !files.isEmpty()) {
-        deliver(stageTemporaryFiles(files, folder));
+        stageTemporaryFiles(files, drop, tray, deliver);
     } else if (const auto text = extractTextOrURL(pasteboard)) {
-        if (const auto written = writeDroppedText(*text, folder))
+        if (folder.isEmpty())
+            emitLine(QStringLiteral("Error creating text file: there is no staging folder"));
+        else if (const auto written = writeDroppedText(*text, folder))
             deliver({*written});
-    } else if (const auto receivers = pasteboard.filePromiseReceivers(); !receivers.isEmpty()) {
+    } else if (const auto receivers = pasteboard.filePromiseReceivers(); !receivers.isEmpty() && !folder.isEmpty()) {
         receivePromises(receivers, folder, deliver);
     }
     finishDragging(closeAfter);
     return true;
 }
 
-QList<QUrl> DropZone::stageTemporaryFiles(const QList<QUrl>& urls, const QString& folder) const
+void DropZone::stageTemporaryFiles(const QList<QUrl>& urls, const std::shared_ptr<StagedDrop>& drop, QObject* context,
+                                   std::function<void(const QList<QUrl>&)> deliver)
 {
     const QString systemTemporary = QDir::tempPath();
     const QString canonicalTemporary = QFileInfo(systemTemporary).canonicalFilePath();
-    QList<QUrl> staged;
+    struct Step {
+        QUrl source;
+        QString staged; // empty: delivered as it is
+    };
+    std::vector<Step> steps;
+    QSet<QString> names;
     for (const QUrl& url : urls) {
-        const QString path = url.toLocalFile();
+        const QString path = QDir::cleanPath(url.toLocalFile());
         const bool temporary = isInside(path, systemTemporary) || isInside(path, canonicalTemporary);
-        if (!temporary || isInside(path, folder)) {
-            staged.append(url);
+        const QString name = QFileInfo(path).fileName();
+        // Two files of one name from two folders: the second goes in from where it is.
+        if (!drop || !temporary || names.contains(name)) {
+            steps.push_back({url, {}});
             continue;
         }
-        const QString destination = QDir(folder).filePath(QFileInfo(path).fileName());
-        QString error;
-        if (QFileInfo::exists(destination))
-            error = QStringLiteral("\"%1\" already exists").arg(destination);
-        else if (std::rename(QFile::encodeName(path).constData(), QFile::encodeName(destination).constData()) != 0)
-            error = QStringLiteral("cannot move \"%1\": %2").arg(path, QString::fromLocal8Bit(std::strerror(errno)));
-        if (error.isEmpty()) {
-            staged.append(QUrl::fromLocalFile(destination));
-        } else {
-            emitLine(QStringLiteral("Error moving file: ") + error);
-            staged.append(url);
-        }
+        names.insert(name);
+        steps.push_back({url, QDir(drop->folder()).filePath(name)});
     }
-    return staged;
+    // Hard links are made at once; copies, which take as long as the file is large, beside the
+    // notch. The drop's folder is its own, so every staged name is free.
+    bool linked = true;
+    for (const Step& step : steps)
+        if (!step.staged.isEmpty() && linked)
+            linked = QFileInfo(step.source.toLocalFile()).isFile() &&
+                     ::link(QFile::encodeName(step.source.toLocalFile()).constData(),
+                            QFile::encodeName(step.staged).constData()) == 0;
+    if (linked) {
+        QList<QUrl> staged;
+        for (const Step& step : steps)
+            staged.append(step.staged.isEmpty() ? step.source : QUrl::fromLocalFile(step.staged));
+        deliver(staged);
+        return;
+    }
+    // What was linked before a link failed is staged again below, with the rest.
+    for (const Step& step : steps)
+        if (!step.staged.isEmpty())
+            QFile::remove(step.staged);
+    auto* watcher = new QFutureWatcher<QList<QUrl>>(context);
+    QObject::connect(watcher, &QFutureWatcherBase::finished, context, [watcher, deliver, drop] {
+        watcher->deleteLater();
+        deliver(watcher->result());
+    });
+    watcher->setFuture(QtConcurrent::run([steps] {
+        QList<QUrl> staged;
+        for (const Step& step : steps) {
+            if (step.staged.isEmpty()) {
+                staged.append(step.source);
+            } else if (const auto error = linkOrCopyItem(step.source.toLocalFile(), step.staged)) {
+                emitLine(QStringLiteral("Error moving file: ") + error.value());
+                staged.append(step.source);
+            } else {
+                staged.append(QUrl::fromLocalFile(step.staged));
+            }
+        }
+        return staged;
+    }));
 }
 
 std::optional<QUrl> DropZone::writeDroppedText(const QString& text, const QString& folder)
@@ -261,13 +309,12 @@ void DropZone::receivePromises(const QList<std::shared_ptr<FilePromiseReceiver>>
     pending->files.resize(receivers.size());
     pending->outstanding = receivers.size();
     pending->deliver = std::move(deliver);
-    QPointer<DropZone> self(this);
     for (qsizetype i = 0; i < receivers.size(); ++i) {
-        receivers[i]->receive(folder, [pending, i, self](const std::optional<QUrl>& file, const QString& error) {
+        receivers[i]->receive(folder, [pending, i](const std::optional<QUrl>& file, const QString& error) {
             if (!file)
                 emitLine(QStringLiteral("Error receiving promised file: ") + error);
             pending->files[static_cast<size_t>(i)] = file;
-            if (--pending->outstanding > 0 || !self)
+            if (--pending->outstanding > 0)
                 return;
             QList<QUrl> urls;
             for (const auto& received : pending->files)

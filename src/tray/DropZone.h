@@ -17,6 +17,8 @@
 
 namespace kelvane {
 
+class StagingArea;
+class StagedDrop;
 class Tray;
 
 // Where the pointer is and whether its left button is held, asked of the desktop directly: while
@@ -66,6 +68,7 @@ public:
         SettingsStore& settings;
         KelvaneState& kelvane;
         Tray& tray;
+        StagingArea& staging;
         SharingService& sharing;
         PointerProbe& pointer;
     };
@@ -73,7 +76,8 @@ public:
     explicit DropZone(Dependencies dependencies, QObject* parent = nullptr);
 
     // The drop view laid over the notch, each call with its rectangle on the desktop. Entering
-    // answers whether the drag is accepted (it is then a copy).
+    // answers whether the drag is accepted (it is then a copy): only a drag of what the notch can
+    // take (files, promised files, a web address, text) opens it.
     bool viewEntered(const QRectF& viewOnDesktop, const Pasteboard& pasteboard);
     // `location` is in the notch's coordinates, measured from its own left edge.
     void viewUpdated(const QRectF& viewOnDesktop, const QPointF& location);
@@ -108,6 +112,8 @@ public:
     // Writes dropped text into `folder`: a web address as "shared_url.webloc", other text as
     // "shared_text.txt". Nothing when it cannot be written (the line says why).
     static std::optional<QUrl> writeDroppedText(const QString& text, const QString& folder);
+    // The drag carries something the notch can take.
+    static bool canTake(const QStringList& types);
 
 Q_SIGNALS:
     void availableActionsChanged();
@@ -123,11 +129,14 @@ private:
     void setHovered(const std::optional<QString>& id);
     void setAvailableActions(const QList<Pipeline>& actions);
     void pollExit();
-    // Files from the system temporary folder move into the application's own, where the
-    // dragging application cannot delete them when the drag ends.
-    QList<QUrl> stageTemporaryFiles(const QList<QUrl>& urls, const QString& folder) const;
-    void receivePromises(const QList<std::shared_ptr<FilePromiseReceiver>>& receivers, const QString& folder,
-                         std::function<void(const QList<QUrl>&)> deliver);
+    // Files offered from the system temporary folder are staged in the drop's own folder (a hard
+    // link, else a copy made beside the notch), where the dragging application cannot delete
+    // them when the drag ends; the originals stay where they are. `deliver` gets the staged
+    // files, with the other files as they were, in their order.
+    static void stageTemporaryFiles(const QList<QUrl>& urls, const std::shared_ptr<StagedDrop>& drop, QObject* context,
+                                    std::function<void(const QList<QUrl>&)> deliver);
+    static void receivePromises(const QList<std::shared_ptr<FilePromiseReceiver>>& receivers, const QString& folder,
+                                std::function<void(const QList<QUrl>&)> deliver);
 
     Dependencies m_deps;
     SettingValue<GeneralSettings> m_general;

@@ -53,7 +53,8 @@ public:
 class SharingService {
 public:
     virtual ~SharingService() = default;
-    virtual void perform(const QList<QUrl>& files) = 0;
+    // `finished` runs once the service no longer reads the files (at once when nothing is sent).
+    virtual void perform(const QList<QUrl>& files, std::function<void()> finished) = 0;
 };
 
 // The system's file previewer: opens a preview of these files, or closes the one that is open.
@@ -64,6 +65,6 @@ public:
 };
 
 // Keeps the file URLs of `items` and hands them to the sharing service; with none, says so.
-void airDropItems(const QList<QUrl>& items, SharingService& service);
+void airDropItems(const QList<QUrl>& items, SharingService& service, std::function<void()> finished = {});
 
 } // namespace kelvane

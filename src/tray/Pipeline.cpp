@@ -24,7 +24,9 @@ const QList<Pipeline>& allPipelines(SharingService& sharing)
                 QStringLiteral("network-wireless"),
                 {PasteboardType::fileURL, PasteboardType::url, PasteboardType::legacyURL,
                  PasteboardType::appleURL, PasteboardType::plainText, PasteboardType::legacyString},
-                [&sharing](const QList<QUrl>& files, const QRectF&) { airDropItems(files, sharing); },
+                [&sharing](const QList<QUrl>& files, const QRectF&, std::function<void()> finished) {
+                    airDropItems(files, sharing, std::move(finished));
+                },
             },
         };
     }

@@ -18,8 +18,9 @@ struct Pipeline {
     QString icon;
     // Offered when the drag carries any of these types.
     QStringList allowedFileTypes;
-    // Receives the dropped files (staged as files) and the target's rectangle.
-    std::function<void(const QList<QUrl>& files, const QRectF& target)> action;
+    // Receives the dropped files (staged as files) and the target's rectangle; calls `finished`
+    // once it no longer reads the files.
+    std::function<void(const QList<QUrl>& files, const QRectF& target, std::function<void()> finished)> action;
 
     // A pipeline is its fields; the action is the same for the same id.
     bool operator==(const Pipeline& other) const

@@ -1,7 +1,6 @@
 #include "Tray.h"
 
 #include "FileCopy.h"
-#include "TemporaryFiles.h"
 
 #include "activities/ActiveLiveActivitiesManager.h"
 #include "core/Clock.h"
@@ -19,6 +18,8 @@
 #include <QPointer>
 #include <QSaveFile>
 #include <QSet>
+#include <QThread>
+#include <QThreadPool>
 #include <QtConcurrent>
 
 #include <algorithm>
@@ -31,6 +32,15 @@ constexpr double progressInterval = 0.1;
 
 void trayLine(const QString& message) { logLine(u"Tray", message); }
 
+// Files are read in parallel by a pool of their own: the workers that ask for it run in the
+// shared pool, and a map waiting there for threads of that same pool could wait for ever.
+QList<TrayFile::Contents> readContents(const std::vector<QUrl>& urls)
+{
+    static QThreadPool readers;
+    return QtConcurrent::blockingMapped(&readers, QList<QUrl>(urls.begin(), urls.end()),
+                                        [](const QUrl& url) { return TrayFile::read(url); });
+}
+
 bool isInside(const QString& path, const QString& folder)
 {
     return !folder.isEmpty() && path.startsWith(folder + QLatin1Char('/'));
@@ -41,10 +51,12 @@ Tray::Tray(Dependencies dependencies, QObject* parent)
     : QObject(parent)
     , m_deps(std::move(dependencies))
 {
+    connect(&m_referenceWatch, &QFileSystemWatcher::fileChanged, this, [this] { scheduleUpdateFiles(); });
 }
 
 Tray::~Tray()
 {
+    shutdown();
     m_folderMonitor.reset();
     qDeleteAll(m_files);
 }
@@ -70,6 +82,50 @@ void Tray::setupTempDirectory()
     m_trayFolder = QFileInfo(folder).canonicalFilePath();
 }
 
+void Tray::ensureTrayFolder()
+{
+    if (!m_trayFolder.isEmpty() && QFileInfo(m_trayFolder).isDir())
+        return;
+    setupTempDirectory();
+    // A folder made again is a new folder: the old watch saw the last of the one that went.
+    if (m_isMonitoring)
+        watchTrayFolder();
+}
+
+void Tray::watchTrayFolder()
+{
+    m_folderMonitor.reset();
+    if (m_trayFolder.isEmpty())
+        return;
+    QPointer<Tray> self(this);
+    m_folderMonitor = std::make_unique<FolderMonitor>(m_trayFolder, [self] {
+        QMetaObject::invokeMethod(self.data(), [self] { if (self) self->scheduleUpdateFiles(); }, Qt::QueuedConnection);
+    });
+}
+
+void Tray::watchReferences()
+{
+    QSet<QString> wanted;
+    for (const TrayFile* file : m_files)
+        if (!isInside(file->path(), m_trayFolder))
+            wanted.insert(file->path());
+    const QStringList watched = m_referenceWatch.files();
+    for (const QString& path : watched)
+        if (!wanted.remove(path))
+            m_referenceWatch.removePath(path);
+    for (const QString& path : std::as_const(wanted))
+        if (QFileInfo::exists(path))
+            m_referenceWatch.addPath(path);
+}
+
+void Tray::scheduleUpdateFiles()
+{
+    // A burst of events (a file written in many steps) is one look at the files.
+    if (std::exchange(m_updateQueued, true))
+        return;
+    QMetaObject::invokeMethod(this, [this] { m_updateQueued = false; updateFiles(); }, Qt::QueuedConnection);
+}
+
 // Saving and loading ---------------------------------------------------------------------------
 
 void Tray::persist()
@@ -91,59 +147,129 @@ void Tray::persist()
         trayLine(QStringLiteral("Failed to persist tray state: ") + out.errorString());
 }
 
+namespace {
+// The saved list as it was, beside the one that will replace it, for the user to look into.
+void keepAside(const QString& path)
+{
+    const QString kept = path + QStringLiteral(".broken");
+    QFile::remove(kept);
+    QFile::copy(path, kept);
+}
+
+// Why a saved record is not a tray file, or nothing when it is one.
+std::optional<QString> whyNotARecord(const QJsonValue& value)
+{
+    const QJsonObject object = value.toObject();
+    const QUrl url(object.value(QStringLiteral("url")).toString(), QUrl::StrictMode);
+    const QJsonValue stack = object.value(QStringLiteral("stackID"));
+    if (!value.isObject())
+        return QStringLiteral("not an object");
+    if (!url.isValid() || !url.isLocalFile() || !QFileInfo(url.toLocalFile()).isAbsolute())
+        return QStringLiteral("no file URL");
+    if (!QDateTime::fromString(object.value(QStringLiteral("addedAt")).toString(), Qt::ISODate).isValid())
+        return QStringLiteral("no date it was added");
+    if (!object.value(QStringLiteral("originalName")).isString())
+        return QStringLiteral("no name");
+    if (!stack.isUndefined() && QUuid::fromString(stack.toString()).isNull())
+        return QStringLiteral("a stack id that is not one");
+    return std::nullopt;
+}
+} // namespace
+
 void Tray::loadPersistedFiles()
 {
     const QString path = stateFile();
     if (path.isEmpty() || !QFileInfo::exists(path))
         return;
-    QFile in(path);
-    QJsonParseError parseError{};
-    const QJsonDocument document =
-        in.open(QIODevice::ReadOnly) ? QJsonDocument::fromJson(in.readAll(), &parseError) : QJsonDocument();
-    if (!document.isArray()) {
-        const QString why = !in.isOpen() ? in.errorString()
-                            : parseError.error != QJsonParseError::NoError ? parseError.errorString()
-                                                                           : QStringLiteral("not a list of files");
-        trayLine(QStringLiteral("Failed to load tray state: ") + why);
+    // The load goes first in the queue of adds: nothing is saved until it is in, so the saved list
+    // is never written over before it was read.
+    m_adding = true;
+    auto* watcher = new QFutureWatcher<LoadResult>(this);
+    connect(watcher, &QFutureWatcherBase::finished, this, [this, watcher] {
+        watcher->deleteLater();
+        finishLoad(watcher->result());
+    });
+    watcher->setFuture(QtConcurrent::run([path] {
+        LoadResult result;
+        QFile in(path);
+        QJsonParseError parseError{};
+        const QJsonDocument document =
+            in.open(QIODevice::ReadOnly) ? QJsonDocument::fromJson(in.readAll(), &parseError) : QJsonDocument();
+        if (!document.isArray()) {
+            const QString why = !in.isOpen() ? in.errorString()
+                                : parseError.error != QJsonParseError::NoError ? parseError.errorString()
+                                                                               : QStringLiteral("not a list of files");
+            keepAside(path);
+            trayLine(QStringLiteral("Failed to load tray state: %1 (kept as %2.broken)").arg(why, QFileInfo(path).fileName()));
+            result.rewrite = true;
+            return result;
+        }
+        const QJsonArray records = document.array();
+        QStringList bad;
+        for (qsizetype i = 0; i < records.size(); ++i) {
+            if (const auto why = whyNotARecord(records[i])) {
+                bad << QStringLiteral("record %1 (%2)").arg(i + 1).arg(*why);
+                continue;
+            }
+            const QJsonObject object = records[i].toObject();
+            const QUrl url(object.value(QStringLiteral("url")).toString(), QUrl::StrictMode);
+            if (!QFileInfo::exists(url.toLocalFile())) {
+                trayLine(QStringLiteral("Dropping missing file from persisted state: ") + TrayFile::fileName(url));
+                continue;
+            }
+            const QJsonValue stack = object.value(QStringLiteral("stackID"));
+            result.urls.push_back(url);
+            result.stackIDs.push_back(stack.isUndefined() ? std::nullopt : std::optional(QUuid::fromString(stack.toString())));
+        }
+        if (!bad.isEmpty()) {
+            keepAside(path);
+            result.rewrite = true;
+            trayLine(QStringLiteral("Failed to load tray state: left out %1, not a tray file (kept as %2.broken)")
+                         .arg(bad.join(QStringLiteral(", ")), QFileInfo(path).fileName()));
+        }
+        const QList<TrayFile::Contents> contents = readContents(result.urls);
+        result.contents.assign(contents.begin(), contents.end());
+        return result;
+    }));
+}
+
+void Tray::finishLoad(const LoadResult& result)
+{
+    if (m_shutDown)
         return;
-    }
-    // Every record is checked before any is taken: one that cannot be read spoils the whole list,
-    // as a list that does not decode does.
-    struct Record {
-        QUrl url;
-        std::optional<QUuid> stackID;
-    };
-    std::vector<Record> records;
-    for (const QJsonValue& value : document.array()) {
-        const QJsonObject object = value.toObject();
-        const QUrl url(object.value(QStringLiteral("url")).toString(), QUrl::StrictMode);
-        const QJsonValue stack = object.value(QStringLiteral("stackID"));
-        const QUuid stackID = QUuid::fromString(stack.toString());
-        if (!value.isObject() || !url.isValid() || !url.isLocalFile() ||
-            !QDateTime::fromString(object.value(QStringLiteral("addedAt")).toString(), Qt::ISODate).isValid() ||
-            !object.value(QStringLiteral("originalName")).isString() ||
-            (!stack.isUndefined() && stackID.isNull())) {
-            trayLine(QStringLiteral("Failed to load tray state: a record is not a tray file"));
-            return;
-        }
-        records.push_back({url, stack.isUndefined() ? std::nullopt : std::optional(stackID)});
-    }
-    std::vector<Record> present;
-    for (const Record& record : records) {
-        if (!QFileInfo::exists(record.url.toLocalFile())) {
-            trayLine(QStringLiteral("Dropping missing file from persisted state: ") + record.url.fileName());
-            continue;
-        }
-        present.push_back(record);
-    }
-    const QList<TrayFile::Contents> contents = QtConcurrent::blockingMapped(
-        QList<Record>(present.begin(), present.end()), [](const Record& record) { return TrayFile::read(record.url); });
     // A loaded file takes the time of loading and its name from the disk.
     const QDateTime now = m_deps.scheduler.clock().wallTime();
     std::vector<TrayFile*> files;
-    for (std::size_t i = 0; i < present.size(); ++i)
-        files.push_back(new TrayFile(present[i].url, present[i].stackID, now, contents[qsizetype(i)], this));
-    setFiles(std::move(files));
+    files.reserve(result.urls.size() + m_files.size());
+    for (std::size_t i = 0; i < result.urls.size(); ++i)
+        files.push_back(new TrayFile(result.urls[i], result.stackIDs[i], now, result.contents[i], this));
+    files.insert(files.end(), m_files.begin(), m_files.end());
+    m_adding = false;
+    // What could not be read is kept aside: the list is written again with what could.
+    if (!files.empty() || result.rewrite)
+        setFiles(std::move(files));
+    startNextAdd();
+}
+
+void Tray::shutdown()
+{
+    if (std::exchange(m_shutDown, true))
+        return;
+    m_pending.clear();
+    m_progressTick.cancel();
+    if (!m_control || m_addWork.isFinished()) {
+        if (m_addWork.isValid() && m_addWork.isFinished() && m_adding)
+            finishAdd(m_addWork.result());
+        return;
+    }
+    m_control->cancelled = true;
+    // A copy stops within one step of a few megabytes; a source that does not answer at all is
+    // left to the worker, which owns all it needs.
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(1);
+    while (!m_addWork.isFinished() && std::chrono::steady_clock::now() < deadline)
+        QThread::msleep(5);
+    if (m_addWork.isFinished())
+        finishAdd(m_addWork.result());
 }
 
 // Adding -----------------------------------------------------------------------------------------
@@ -168,98 +294,123 @@ QString Tray::freeDestination(const QString& name, const QSet<QString>& reserved
     }
 }
 
-void Tray::addFilesFromURLs(const QList<QUrl>& urls, std::function<void(int)> done)
+void Tray::addFilesFromURLs(const QList<QUrl>& urls, std::function<void(int)> done, std::shared_ptr<void> hold)
 {
     assertMainThread();
-    m_pending.push_back({urls, std::move(done)});
+    if (m_shutDown)
+        return;
+    m_pending.push_back({urls, std::move(done), std::move(hold)});
     startNextAdd();
 }
 
+namespace {
+// Where the tray keeps a file: inside the tray folder is a file the tray already has, whatever
+// the way it is named (the folder holding it is what counts, so that a link elsewhere that
+// points into the tray folder is copied like any other file).
+bool heldByTheTray(const QString& path, const QString& trayFolder)
+{
+    const QFileInfo info(path);
+    return isInside(path, trayFolder) ||
+           isInside(QFileInfo(info.absolutePath()).canonicalFilePath() + QLatin1Char('/') + info.fileName(), trayFolder);
+}
+} // namespace
+
 void Tray::startNextAdd()
 {
-    if (m_adding || m_pending.empty())
+    if (m_adding || m_pending.empty() || m_shutDown)
         return;
     m_adding = true;
-    const QList<QUrl> urls = m_pending.front().urls;
-    m_addDone = std::move(m_pending.front().done);
+    m_current = std::move(m_pending.front());
     m_pending.pop_front();
+    ensureTrayFolder();
 
     // Destinations are chosen here, one add at a time, so two adds never pick the same name.
     struct Step {
-        QUrl source;
+        QString source;
         QString destination; // empty: the source itself is held
     };
     std::vector<Step> steps;
     QSet<QString> reserved;
-    for (const QUrl& url : urls) {
-        const QString path = QFileInfo(url.toLocalFile()).absoluteFilePath();
-        Step step{QUrl::fromLocalFile(path), {}};
-        if (!m_trayFolder.isEmpty() && !isInside(path, m_trayFolder) && !isInside(QFileInfo(path).canonicalFilePath(), m_trayFolder)) {
-            step.destination = freeDestination(url.fileName(), reserved);
+    for (const QUrl& url : std::as_const(m_current.urls)) {
+        const QString path = QDir::cleanPath(QFileInfo(url.toLocalFile()).absoluteFilePath());
+        Step step{path, {}};
+        if (!m_trayFolder.isEmpty() && !heldByTheTray(path, m_trayFolder)) {
+            step.destination = freeDestination(TrayFile::fileName(QUrl::fromLocalFile(path)), reserved);
             reserved.insert(step.destination);
         }
         steps.push_back(step);
     }
 
-    m_copiedBytes = std::make_shared<std::atomic<qint64>>(0);
-    m_bytesToCopy = 0;
+    m_control = std::make_shared<CopyControl>();
+    m_bytesToCopy = std::make_shared<std::atomic<qint64>>(0);
     m_progressTick = m_deps.scheduler.schedule(secondsToDelay(progressDelay), [this] { progressTick(); });
 
-    auto copied = m_copiedBytes;
-    auto* watcher = new QFutureWatcher<std::pair<std::vector<QUrl>, std::vector<TrayFile::Contents>>>(this);
-    QPointer<Tray> self(this);
+    auto* watcher = new QFutureWatcher<AddResult>(this);
     connect(watcher, &QFutureWatcherBase::finished, this, [this, watcher] {
         watcher->deleteLater();
-        const auto result = watcher->result();
-        finishAdd(result.first, result.second);
+        if (m_adding && !m_shutDown)
+            finishAdd(watcher->result());
     });
-    watcher->setFuture(QtConcurrent::run([steps, copied, self]() {
-        qint64 total = 0;
+    m_addWork = QtConcurrent::run([steps, control = m_control, total = m_bytesToCopy]() {
         for (const Step& step : steps)
             if (!step.destination.isEmpty())
-                total += itemSize(step.source.toLocalFile());
-        if (self)
-            QMetaObject::invokeMethod(self.data(), [self, total] { if (self) self->m_bytesToCopy = total; });
-        std::vector<QUrl> held;
+                *total += itemSize(step.source);
+        AddResult result;
         for (const Step& step : steps) {
+            if (control->cancelled)
+                break;
             if (step.destination.isEmpty()) {
-                held.push_back(step.source);
+                result.held.push_back(QUrl::fromLocalFile(step.source));
                 continue;
             }
-            if (const auto error = copyItem(step.source.toLocalFile(), step.destination, copied.get())) {
+            const QFileInfo info(step.source);
+            if (!info.isFile() && !info.isDir()) {
+                logLine(u"Tray", QStringLiteral("Refused %1: it is neither a regular file nor a folder.").arg(info.fileName()));
+                continue;
+            }
+            const auto error = copyItem(step.source, step.destination, control.get());
+            if (!error) {
+                result.held.push_back(QUrl::fromLocalFile(step.destination));
+            } else if (!control->cancelled) {
                 logLine(u"Tray", QStringLiteral("Failed to copy %1 into tray dir: %2. Using original reference.")
-                                     .arg(step.source.fileName(), *error));
-                held.push_back(step.source);
-            } else {
-                held.push_back(QUrl::fromLocalFile(step.destination));
+                                     .arg(info.fileName(), *error));
+                result.held.push_back(QUrl::fromLocalFile(step.source));
             }
         }
-        const QList<TrayFile::Contents> contents = QtConcurrent::blockingMapped(
-            QList<QUrl>(held.begin(), held.end()), [](const QUrl& url) { return TrayFile::read(url); });
-        return std::pair(held, std::vector<TrayFile::Contents>(contents.begin(), contents.end()));
-    }));
+        const QList<TrayFile::Contents> contents = readContents(result.held);
+        result.contents.assign(contents.begin(), contents.end());
+        return result;
+    });
+    watcher->setFuture(m_addWork);
 }
 
-void Tray::finishAdd(const std::vector<QUrl>& urls, const std::vector<TrayFile::Contents>& contents)
+void Tray::finishAdd(const AddResult& result)
 {
     m_progressTick.cancel();
     setProgress(false, 0);
+    const std::vector<QUrl>& urls = result.held;
     const std::optional<QUuid> stackID = urls.size() > 1 ? std::optional(QUuid::createUuid()) : std::nullopt;
     const QDateTime now = m_deps.scheduler.clock().wallTime();
     std::vector<TrayFile*> files = m_files;
     for (std::size_t i = 0; i < urls.size(); ++i)
-        files.push_back(new TrayFile(urls[i], stackID, now, contents[i], this));
-    setFiles(std::move(files));
+        files.push_back(new TrayFile(urls[i], stackID, now, result.contents[i], this));
+    if (!urls.empty())
+        setFiles(std::move(files));
     m_adding = false;
-    if (const auto done = std::exchange(m_addDone, nullptr))
-        done(static_cast<int>(urls.size()));
+    m_control.reset();
+    // What the add read from may go now.
+    PendingAdd finished = std::exchange(m_current, {});
+    finished.hold.reset();
+    if (finished.done)
+        finished.done(static_cast<int>(urls.size()));
     Q_EMIT filesAdded(static_cast<int>(urls.size()));
     startNextAdd();
 }
 
 void Tray::progressTick()
 {
-    setProgress(true, m_bytesToCopy > 0 ? double(m_copiedBytes->load()) / double(m_bytesToCopy) : 0);
+    const qint64 total = m_bytesToCopy ? m_bytesToCopy->load() : 0;
+    setProgress(true, total > 0 && m_control ? double(m_control->copiedBytes.load()) / double(total) : 0);
     m_progressTick = m_deps.scheduler.schedule(secondsToDelay(progressInterval), [this] { progressTick(); });
 }
 
@@ -276,16 +427,31 @@ void Tray::setProgress(bool shows, double progress)
 
 void Tray::setFiles(std::vector<TrayFile*> files)
 {
+    QHash<const TrayFile*, int> position;
+    position.reserve(qsizetype(files.size()));
+    for (std::size_t i = 0; i < files.size(); ++i)
+        position.insert(files[i], int(i));
     std::vector<TrayFile*> gone;
     for (TrayFile* file : m_files)
-        if (std::find(files.begin(), files.end(), file) == files.end())
+        if (!position.contains(file))
             gone.push_back(file);
 
     std::vector<TrayFile*> selection;
     for (TrayFile* file : m_selectedFiles)
-        if (std::find(files.begin(), files.end(), file) != files.end())
+        if (position.contains(file))
             selection.push_back(file);
-    if (m_editing && std::find(files.begin(), files.end(), m_editing->file) == files.end())
+    // The ends of a selection follow their files; an end whose file went is forgotten.
+    const auto follow = [&](std::optional<int> index) -> std::optional<int> {
+        if (!index || *index < 0 || *index >= count())
+            return std::nullopt;
+        const auto at = position.constFind(m_files[std::size_t(*index)]);
+        return at == position.cend() ? std::nullopt : std::optional(*at);
+    };
+    m_baseFileIndex = follow(m_baseFileIndex);
+    m_lastSelectedIndex = follow(m_lastSelectedIndex);
+    if (!m_lastSelectedIndex)
+        m_lastSelectedIndex = m_baseFileIndex;
+    if (m_editing && !position.contains(m_editing->file))
         cancelEditing();
     if (files.empty())
         m_deps.liveActivities.removeSync(LiveActivity::tray);
@@ -300,17 +466,13 @@ void Tray::setFiles(std::vector<TrayFile*> files)
 
     if (!m_files.empty() && !m_isMonitoring) {
         setupTempDirectory();
-        if (!m_trayFolder.isEmpty()) {
-            QPointer<Tray> self(this);
-            m_folderMonitor = std::make_unique<FolderMonitor>(m_trayFolder, [self] {
-                QMetaObject::invokeMethod(self.data(), [self] { if (self) self->updateFiles(); }, Qt::QueuedConnection);
-            });
-        }
+        watchTrayFolder();
         m_isMonitoring = true;
     } else if (m_files.empty() && m_isMonitoring) {
         m_folderMonitor.reset();
         m_isMonitoring = false;
     }
+    watchReferences();
     persist();
 }
 
@@ -323,8 +485,9 @@ void Tray::removeFile(TrayFile* file)
     std::vector<TrayFile*> files = m_files;
     files.erase(files.begin() + index);
     setFiles(std::move(files));
+    // Staged drops that an add still reads from are held, and left.
     if (m_files.empty())
-        cleanupTemporaryDirectory();
+        m_deps.staging.cleanup();
 }
 
 void Tray::removeSelectedFiles()
@@ -363,10 +526,12 @@ void Tray::updateFiles()
             followed = true;
         }
     }
-    if (kept != m_files)
+    if (kept != m_files) {
         setFiles(std::move(kept));
-    else if (followed)
+    } else if (followed) {
+        watchReferences();
         persist();
+    }
 }
 
 std::optional<QUrl> Tray::findExistingFile(const QUrl& url) const
@@ -388,21 +553,20 @@ std::optional<QUrl> Tray::findExistingFile(const QUrl& url) const
 std::vector<Tray::Item> Tray::trayItems() const
 {
     std::vector<Item> items;
-    QSet<QUuid> emitted;
+    // Where each stack's item stands, from its first file on.
+    QHash<QUuid, std::size_t> stacks;
     for (TrayFile* file : m_files) {
         if (!file->stackID()) {
             items.push_back({file->id(), false, {file}});
             continue;
         }
         const QUuid stack = *file->stackID();
-        if (emitted.contains(stack))
+        if (const auto at = stacks.constFind(stack); at != stacks.cend()) {
+            items[*at].files.push_back(file);
             continue;
-        emitted.insert(stack);
-        Item item{stack, true, {}};
-        for (TrayFile* member : m_files)
-            if (member->stackID() == stack)
-                item.files.push_back(member);
-        items.push_back(std::move(item));
+        }
+        stacks.insert(stack, items.size());
+        items.push_back({stack, true, {file}});
     }
     return items;
 }
@@ -463,7 +627,8 @@ QStringList Tray::selectedIds() const
 void Tray::selectRange(int from, int to)
 {
     std::vector<TrayFile*> selection;
-    for (int i = std::min(from, to); i <= std::max(from, to); ++i)
+    const int last = count() - 1;
+    for (int i = std::clamp(std::min(from, to), 0, last); i <= std::clamp(std::max(from, to), 0, last); ++i)
         selection.push_back(m_files[std::size_t(i)]);
     setSelection(std::move(selection));
 }

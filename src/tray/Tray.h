@@ -1,11 +1,15 @@
 #pragma once
 
+#include "FileCopy.h"
 #include "FolderMonitor.h"
 #include "Pasteboard.h"
+#include "StagingArea.h"
 #include "TrayFile.h"
 
 #include "core/Scheduler.h"
 
+#include <QFileSystemWatcher>
+#include <QFuture>
 #include <QObject>
 #include <QVariantList>
 
@@ -37,6 +41,8 @@ class Tray : public QObject {
     Q_PROPERTY(QVariantList items READ itemsForView NOTIFY filesChanged)
     Q_PROPERTY(QStringList selectedIds READ selectedIds NOTIFY selectionChanged)
     Q_PROPERTY(QString editingId READ editingId NOTIFY editingChanged)
+    // The name being typed: the file's name without its extension when the editing begins.
+    Q_PROPERTY(QString editingName READ editingName NOTIFY editingChanged)
     // A copy that has run for more than half a second shows its progress.
     Q_PROPERTY(bool showsProgress READ showsProgress NOTIFY progressChanged)
     Q_PROPERTY(double copyProgress READ copyProgress NOTIFY progressChanged)
@@ -47,6 +53,8 @@ public:
         Pasteboard& pasteboard;
         SharingService& sharing;
         FilePreviewer& previewer;
+        // Where drops are staged; cleaned when the tray empties.
+        StagingArea& staging;
         // The application's own data folder; empty when there is none (files are then kept by
         // reference).
         QString baseFolder;
@@ -62,20 +70,29 @@ public:
 
     // Makes the tray folder; without it the tray keeps references to the original files.
     void setupTempDirectory();
+    // Reads the saved list beside the notch, which shows at once; the files come in when it is
+    // read, before anything added meanwhile. A list that cannot be read is kept aside as
+    // "tray_state.json.broken"; a record that cannot be read is left out and named.
     void loadPersistedFiles();
+    // Before the application ends: a copy still running is cancelled (its partial file removed)
+    // within a moment; what was copied by then is in the tray and saved; adds still queued are
+    // dropped, their sources untouched.
+    void shutdown();
 
     const std::vector<TrayFile*>& files() const { return m_files; }
     int count() const { return static_cast<int>(m_files.size()); }
     const std::vector<TrayFile*>& selectedFiles() const { return m_selectedFiles; }
     const QString& trayFolder() const { return m_trayFolder; }
     QString stateFile() const;
-    // No files are being added.
+    // No files are being loaded or added.
     bool isIdle() const { return !m_adding && m_pending.empty(); }
 
     // Copies the files into the tray folder (numbering names that are taken) and appends them, in
-    // order, once every copy is done; several files added together form one stack.
-    // `done` runs once they are in, with how many were added.
-    void addFilesFromURLs(const QList<QUrl>& urls, std::function<void(int)> done = {});
+    // order, once every copy is done; several files added together form one stack. Only regular
+    // files and folders are taken. `done` runs once they are in, with how many were added.
+    // `hold` is kept until then: what the add reads from (a drop's staged files) lives as long.
+    void addFilesFromURLs(const QList<QUrl>& urls, std::function<void(int)> done = {},
+                          std::shared_ptr<void> hold = nullptr);
     Q_INVOKABLE void addFiles(const QList<QUrl>& urls) { addFilesFromURLs(urls); }
     Q_INVOKABLE void removeFile(kelvane::TrayFile* file);
     Q_INVOKABLE void removeSelectedFiles();
@@ -102,6 +119,7 @@ public:
     // Gives the file being edited its new name (its extension kept) and ends the editing.
     Q_INVOKABLE void rename();
     QString editingId() const { return m_editing ? m_editing->file->idText() : QString(); }
+    QString editingName() const { return m_editing ? m_editing->newName : QString(); }
 
     // A key while the tray holds files: true when the tray took it.
     bool handleKey(TrayKey key, TrayModifiers modifiers);
@@ -133,8 +151,26 @@ private:
     void setSelection(std::vector<TrayFile*> selection);
     void selectRange(int from, int to);
     int indexOf(const TrayFile* file) const;
+    struct AddResult {
+        std::vector<QUrl> held;
+        std::vector<TrayFile::Contents> contents;
+    };
+    struct LoadResult {
+        std::vector<QUrl> urls;
+        std::vector<std::optional<QUuid>> stackIDs;
+        std::vector<TrayFile::Contents> contents;
+        // Something could not be read: the list is saved again without it.
+        bool rewrite = false;
+    };
     void startNextAdd();
-    void finishAdd(const std::vector<QUrl>& urls, const std::vector<TrayFile::Contents>& contents);
+    void finishAdd(const AddResult& result);
+    void finishLoad(const LoadResult& result);
+    // The tray folder as it should be, made again when it went; the folder watch follows it.
+    void ensureTrayFolder();
+    void watchTrayFolder();
+    // Files held by reference, outside the tray folder, are each watched for renames and deletion.
+    void watchReferences();
+    void scheduleUpdateFiles();
     QString freeDestination(const QString& name, const QSet<QString>& reserved) const;
     std::optional<QUrl> findExistingFile(const QUrl& url) const;
     void writePasted(const QByteArray& data, const QString& extension, const QString& what,
@@ -150,16 +186,22 @@ private:
     std::optional<int> m_lastSelectedIndex;
     std::optional<Editing> m_editing;
     std::unique_ptr<FolderMonitor> m_folderMonitor;
+    QFileSystemWatcher m_referenceWatch;
+    bool m_updateQueued = false;
     bool m_isMonitoring = false;
     struct PendingAdd {
         QList<QUrl> urls;
         std::function<void(int)> done;
+        std::shared_ptr<void> hold;
     };
     std::deque<PendingAdd> m_pending;
-    std::function<void(int)> m_addDone;
+    PendingAdd m_current;
+    // Loading the saved list or copying the files of one add.
     bool m_adding = false;
-    std::shared_ptr<std::atomic<qint64>> m_copiedBytes;
-    qint64 m_bytesToCopy = 0;
+    bool m_shutDown = false;
+    QFuture<AddResult> m_addWork;
+    std::shared_ptr<CopyControl> m_control;
+    std::shared_ptr<std::atomic<qint64>> m_bytesToCopy;
     ScheduledTask m_progressTick;
     bool m_showsProgress = false;
     double m_copyProgress = 0;

@@ -7,6 +7,7 @@
 #include <QFileInfo>
 #include <QImageReader>
 #include <QMimeDatabase>
+#include <QTextBoundaryFinder>
 
 #include <sys/stat.h>
 
@@ -24,16 +25,42 @@ std::optional<quint64> inodeOf(const QString& path)
 }
 } // namespace
 
-QString TrayFile::extension(const QString& name)
+namespace {
+// The dot that starts an extension: not the first character (a dot-file) nor the last (a name
+// that merely ends in a dot).
+qsizetype extensionDot(const QString& name)
 {
     const qsizetype dot = name.lastIndexOf(QLatin1Char('.'));
-    return dot <= 0 ? QString() : name.mid(dot + 1);
+    return dot <= 0 || dot == name.size() - 1 ? -1 : dot;
+}
+
+// Where each character a reader sees begins: an emoji with its modifiers, a flag, or a letter
+// with its accents is one.
+QList<qsizetype> characterStarts(const QString& text)
+{
+    QList<qsizetype> starts;
+    QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text);
+    for (qsizetype at = 0; at >= 0 && at < text.size(); at = finder.toNextBoundary())
+        starts.append(at);
+    return starts;
+}
+} // namespace
+
+QString TrayFile::extension(const QString& name)
+{
+    const qsizetype dot = extensionDot(name);
+    return dot < 0 ? QString() : name.mid(dot + 1);
 }
 
 QString TrayFile::baseName(const QString& name)
 {
-    const qsizetype dot = name.lastIndexOf(QLatin1Char('.'));
-    return dot <= 0 ? name : name.left(dot);
+    const qsizetype dot = extensionDot(name);
+    return dot < 0 ? name : name.left(dot);
+}
+
+QString TrayFile::fileName(const QUrl& url)
+{
+    return QFileInfo(QDir::cleanPath(url.toLocalFile())).fileName();
 }
 
 bool TrayFile::isImageName(const QString& name)
@@ -46,9 +73,10 @@ bool TrayFile::isImageName(const QString& name)
 
 QString TrayFile::truncatedName(const QString& name)
 {
-    if (name.size() <= 16)
+    const QList<qsizetype> starts = characterStarts(name);
+    if (starts.size() <= 16)
         return name;
-    return name.left(6) + QStringLiteral("...") + name.right(7);
+    return name.left(starts[6]) + QStringLiteral("...") + name.mid(starts[starts.size() - 7]);
 }
 
 TrayFile::Contents TrayFile::read(const QUrl& url)
@@ -56,7 +84,14 @@ TrayFile::Contents TrayFile::read(const QUrl& url)
     const QString path = url.toLocalFile();
     Contents contents;
     contents.inode = inodeOf(path);
-    if (isImageName(url.fileName())) {
+    static const QMimeDatabase types;
+    // Only a regular file is opened: reading a pipe or a device could wait for ever.
+    struct stat info {};
+    if (::stat(QFile::encodeName(path).constData(), &info) != 0 || !S_ISREG(info.st_mode)) {
+        contents.iconName = types.mimeTypeForFile(path, QMimeDatabase::MatchExtension).iconName();
+        return contents;
+    }
+    if (isImageName(fileName(url))) {
         QImageReader reader(path);
         reader.setAutoTransform(true);
         const QSize size = reader.size();
@@ -64,7 +99,6 @@ TrayFile::Contents TrayFile::read(const QUrl& url)
             reader.setScaledSize(size.scaled(thumbnailSide, thumbnailSide, Qt::KeepAspectRatio));
         contents.image = reader.read();
     }
-    static const QMimeDatabase types;
     contents.iconName = types.mimeTypeForFile(path).iconName();
     return contents;
 }
@@ -76,8 +110,8 @@ TrayFile::TrayFile(const QUrl& url, std::optional<QUuid> stackID, QDateTime adde
     , m_image(std::move(contents.image))
     , m_iconName(std::move(contents.iconName))
 {
-    m_url = url;
-    m_name = url.fileName();
+    m_url = QUrl::fromLocalFile(QDir::cleanPath(url.toLocalFile()));
+    m_name = fileName(m_url);
     m_nameTruncated = truncatedName(m_name);
     m_isImage = isImageName(m_name);
     m_inode = contents.inode;
@@ -122,9 +156,9 @@ bool TrayFile::updateFileName()
 
 void TrayFile::updateData(const QUrl& url)
 {
-    m_url = url;
+    m_url = QUrl::fromLocalFile(QDir::cleanPath(url.toLocalFile()));
     m_inode = inodeOf(path());
-    m_name = url.fileName();
+    m_name = fileName(m_url);
     m_nameTruncated = truncatedName(m_name);
     m_isImage = isImageName(m_name);
     Q_EMIT changed();

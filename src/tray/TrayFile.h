@@ -55,9 +55,13 @@ public:
     bool updateFileName();
     void updateData(const QUrl& url);
 
-    // At most 16 characters: longer names keep their first 6 and last 7 around "...".
+    // At most 16 characters, as a reader counts them: longer names keep their first 6 and last 7
+    // around "...".
     static QString truncatedName(const QString& name);
-    // What follows the last dot of a name; a dot-file ("".profile") has none.
+    // The last part of a file's path, a folder's own name even when written with a final slash.
+    static QString fileName(const QUrl& url);
+    // What follows the last dot of a name; a dot-file (".profile") and a name ending in a dot
+    // have none.
     static QString extension(const QString& name);
     static QString baseName(const QString& name);
     static bool isImageName(const QString& name);

@@ -1,6 +1,5 @@
 #include "core/Log.h"
 #include "tray/DropZone.h"
-#include "tray/TemporaryFiles.h"
 
 #include "TrayFixture.h"
 
@@ -41,29 +40,26 @@ struct FakePromise : FilePromiseReceiver {
 struct Zone : Shelf {
     KelvaneState kelvane{scheduler, settings};
     FakePointer pointer;
-    DropZone zone{{scheduler, settings, kelvane, *tray, sharing, pointer}};
+    DropZone zone{{scheduler, settings, kelvane, *tray, *staging, sharing, pointer}};
 
     Zone()
     {
         zone.bindDropAreaCoords(DropZone::trayTargetID, {0, 40, 200, 100});
         zone.bindDropAreaCoords("airdrop", {220, 40, 100, 100});
     }
-    // A drag of these types enters, moves to `at` and drops.
-    bool drop(const QStringList& types, QPointF at)
+    // A drag of these types enters, moves to `at` and drops; `wait`: until the tray has it.
+    bool drop(const QStringList& types, QPointF at, bool wait = true)
     {
         pasteboard.offered = types;
         zone.dropEntered(pasteboard);
         zone.dropUpdated(at);
         const bool accepted = zone.performDrop(pasteboard);
-        EXPECT_TRUE(waitUntil([&] { return tray->isIdle(); }));
+        if (wait) {
+            EXPECT_TRUE(waitUntil([&] { return tray->isIdle(); }));
+        }
         return accepted;
     }
-    QString contents(int index) const
-    {
-        QFile file(tray->files().at(static_cast<size_t>(index))->path());
-        file.open(QIODevice::ReadOnly);
-        return QString::fromUtf8(file.readAll());
-    }
+    QString contents(int index) const { return read(tray->files().at(static_cast<size_t>(index))->path()); }
 };
 
 const QPointF onTray{50, 60}, onAirDrop{250, 60}, nowhere{210, 10};
@@ -81,12 +77,11 @@ TEST(DropZone, OffersPipelinesByTypeAndHitTestsTheShownTargets)
         {{PasteboardType::plainText}, {"airdrop"}},
         {{PasteboardType::legacyURL}, {"airdrop"}},
         {{PasteboardType::filePromise, PasteboardType::png}, {}},
-        {{}, {}},
     };
     for (const auto& offer : offers) {
         Zone zone;
         zone.pasteboard.offered = offer.types;
-        zone.zone.dropEntered(zone.pasteboard);
+        ASSERT_TRUE(zone.zone.viewEntered({0, 0, 10, 10}, zone.pasteboard));
         QStringList ids;
         for (const Pipeline& pipeline : zone.zone.availableActions())
             ids << pipeline.id;
@@ -107,29 +102,27 @@ TEST(DropZone, OffersPipelinesByTypeAndHitTestsTheShownTargets)
 }
 
 // Whatever is dropped becomes files in the tray: files (those from the system temporary folder
-// moved out of it first), text, web addresses and promised files; a pipeline gets them instead.
+// staged by a link, their originals left where they were), text, web addresses and promised
+// files; a pipeline gets them instead, and its drop folder goes once it has read them.
 TEST(DropZone, DeliversEveryKindOfContentToItsTarget)
 {
     Zone zone;
     const QString temporary = zone.make("tmp/drag.txt", "dragged");
     zone.pasteboard.files = {QUrl::fromLocalFile(temporary), QUrl::fromLocalFile(zone.make("src/kept.txt"))};
     ASSERT_TRUE(zone.drop({PasteboardType::fileURL}, nowhere));
-    EXPECT_FALSE(QFileInfo::exists(temporary));
-    EXPECT_TRUE(QFileInfo::exists(applicationTemporaryFolder() + "/drag.txt"));
+    EXPECT_EQ(zone.read(temporary), "dragged");
     EXPECT_TRUE(QFileInfo::exists(zone.home.path() + "/src/kept.txt"));
-    QFile::remove(applicationTemporaryFolder() + "/drag.txt");
     EXPECT_EQ(zone.names(), (QStringList{"drag.txt", "kept.txt"}));
     EXPECT_EQ(zone.contents(0), "dragged");
     EXPECT_EQ(zone.kelvane.mode(), Mode::tray);
 
-    // The same name from the temporary folder again: it cannot be moved and goes in from where it is.
+    // The same name from the temporary folder again: each drop stages in a folder of its own.
+    QFile::remove(temporary);
     zone.make("tmp/drag.txt", "again");
-    QFile(applicationTemporaryFolder() + "/drag.txt").open(QIODevice::WriteOnly);
-    zone.pasteboard.files = {QUrl::fromLocalFile(zone.home.path() + "/tmp/drag.txt")};
+    zone.pasteboard.files = {QUrl::fromLocalFile(temporary)};
     LogCapture log;
     zone.drop({PasteboardType::fileURL}, onTray);
-    ASSERT_EQ(log.lines().size(), 1);
-    EXPECT_TRUE(log.lines()[0].startsWith("Error moving file: "));
+    EXPECT_TRUE(log.lines().isEmpty()) << log.lines().join('\n').toStdString();
     EXPECT_EQ(zone.contents(2), "again");
 
     zone.pasteboard.files.clear();
@@ -150,23 +143,76 @@ TEST(DropZone, DeliversEveryKindOfContentToItsTarget)
     EXPECT_EQ(zone.names().back(), "photo.jpg");
     EXPECT_EQ(log.lines().back(), "Error receiving promised file: the source gave up");
 
-    // On the AirDrop target the files are shared, the drop folder is cleaned, the tray is left
-    // as it was and shown, since it holds files.
+    // On the AirDrop target the staged files are shared; the user's own file stays where it was
+    // even when nothing could send it, and the tray is left as it was and shown.
     zone.pasteboard.promises.clear();
-    zone.pasteboard.files = {QUrl::fromLocalFile(zone.make("tmp/share.pdf"))};
+    const QString share = zone.make("tmp/share.pdf", "mine");
+    zone.pasteboard.files = {QUrl::fromLocalFile(share)};
     const auto before = zone.names();
+    zone.sharing.holds = true;
     zone.drop({PasteboardType::fileURL}, onAirDrop);
-    EXPECT_EQ(zone.sharing.shared, QList<QUrl>{QUrl::fromLocalFile(applicationTemporaryFolder() + "/share.pdf")});
-    EXPECT_FALSE(QFileInfo::exists(applicationTemporaryFolder()));
+    ASSERT_EQ(zone.sharing.shared.size(), 1);
+    const QString staged = zone.sharing.shared[0].toLocalFile();
+    EXPECT_TRUE(staged.startsWith(zone.stagingRoot() + "/"));
+    EXPECT_EQ(zone.read(staged), "mine");
+    zone.sharing.release();
+    EXPECT_FALSE(QFileInfo::exists(QFileInfo(staged).path()));
+    EXPECT_EQ(zone.read(share), "mine");
     EXPECT_EQ(zone.names(), before);
     EXPECT_EQ(zone.kelvane.mode(), Mode::tray);
 }
 
-// After a pipeline an empty tray closes; a drop on the tray shows it even when nothing came of the
-// drop; suppressed drops are refused whole.
+// Staged files are the drop's own until its add is done: removing the last tray file, a second
+// text drop and a pipeline drop, all while the copies wait, leave every add its own files; and
+// no file outside the tray's folders is moved or deleted.
+TEST(DropZone, StagedFilesOutliveEveryCleanupThatRacesTheirAdd)
+{
+    Zone zone;
+    zone.add({zone.make("src/only.txt")});
+    const QString users = zone.make("tmp/download.zip", "zip");
+    {
+        test::PausedWorkers paused;
+        for (const char* text : {"first words", "second words"}) {
+            zone.pasteboard.text = text;
+            zone.drop({PasteboardType::plainText}, onTray, false);
+        }
+        zone.pasteboard.text.reset();
+        zone.pasteboard.files = {QUrl::fromLocalFile(users)};
+        zone.drop({PasteboardType::fileURL}, onTray, false);
+        zone.sharing.holds = true;
+        zone.drop({PasteboardType::fileURL}, onAirDrop, false);
+        zone.tray->removeFile(zone.tray->files().front());
+        EXPECT_EQ(zone.tray->count(), 0);
+        paused.release();
+        ASSERT_TRUE(waitUntil([&] { return zone.tray->isIdle(); }));
+    }
+    EXPECT_EQ(zone.names(), (QStringList{"shared_text.txt", "shared_text 1.txt", "download.zip"}));
+    EXPECT_EQ(zone.contents(0), "first words");
+    EXPECT_EQ(zone.contents(1), "second words");
+    EXPECT_EQ(zone.contents(2), "zip");
+    const QString shared = zone.sharing.shared.value(0).toLocalFile();
+    EXPECT_EQ(zone.read(shared), "zip");
+    zone.sharing.release();
+    EXPECT_FALSE(QFileInfo::exists(shared));
+    EXPECT_EQ(zone.read(users), "zip");
+    EXPECT_TRUE(QFileInfo::exists(zone.home.path() + "/src/only.txt"));
+    while (zone.tray->count() > 0)
+        zone.tray->removeFile(zone.tray->files().front());
+    EXPECT_FALSE(QFileInfo::exists(zone.stagingRoot()));
+    EXPECT_EQ(zone.read(users), "zip");
+}
+
+// A drag of nothing the notch can take leaves it as it is. After a pipeline an empty tray closes;
+// a drop on the tray shows it even when nothing came of the drop; suppressed drops are refused
+// whole.
 TEST(DropZone, ClosesWhenTheTrayIsEmptyAndRefusesSuppressedDrops)
 {
     Zone zone;
+    for (const QStringList& types : {QStringList{}, QStringList{PasteboardType::png}, QStringList{"application/x-color"}}) {
+        zone.pasteboard.offered = types;
+        EXPECT_FALSE(zone.zone.viewEntered({0, 0, 10, 10}, zone.pasteboard)) << types.join(',').toStdString();
+        EXPECT_EQ(zone.kelvane.mode(), Mode::closed);
+    }
     zone.pasteboard.files = {QUrl::fromLocalFile(zone.make("src/a.pdf"))};
     zone.drop({PasteboardType::fileURL}, onAirDrop);
     EXPECT_EQ(zone.sharing.shared.size(), 1);

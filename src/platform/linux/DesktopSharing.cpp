@@ -1,7 +1,6 @@
 #include "DesktopSharing.h"
 
 #include "core/Log.h"
-#include "tray/TemporaryFiles.h"
 
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
@@ -27,7 +26,7 @@ namespace {
 // clears its temporary folder.
 QList<QUrl> keepForSending(const QList<QUrl>& files)
 {
-    const QString staging = applicationTemporaryFolder() + QLatin1Char('/');
+    const QString staging = QDir::temp().filePath(QStringLiteral("KelvaneTemp"));
     const QString kept = QDir::temp().filePath(QStringLiteral("KelvaneShared/") + QUuid::createUuid().toString(QUuid::WithoutBraces));
     QList<QUrl> result;
     for (const QUrl& url : files) {
@@ -45,8 +44,10 @@ QList<QUrl> keepForSending(const QList<QUrl>& files)
 }
 } // namespace
 
-void DesktopSharing::perform(const QList<QUrl>& files)
+void DesktopSharing::perform(const QList<QUrl>& files, std::function<void()> finished)
 {
+    // The files are kept for KDE Connect apart from the drop: what was handed over may go.
+    finished();
     const bool kdeConnect = m_bus.isConnected() &&
                             m_bus.interface()->isServiceRegistered(QStringLiteral("org.kde.kdeconnect")).value() &&
                             !QStandardPaths::findExecutable(QStringLiteral("kdeconnect-cli")).isEmpty();

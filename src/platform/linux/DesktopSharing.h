@@ -13,7 +13,7 @@ namespace kelvane {
 class DesktopSharing : public SharingService, public FilePreviewer {
 public:
     explicit DesktopSharing(QDBusConnection bus);
-    void perform(const QList<QUrl>& files) override;
+    void perform(const QList<QUrl>& files, std::function<void()> finished) override;
     void toggle(const QList<QUrl>& files) override;
 
 private:

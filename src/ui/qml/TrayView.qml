@@ -159,7 +159,7 @@ FocusScope {
                         font.pixelSize: 11
                         clip: true
                         focus: parent.visible
-                        onVisibleChanged: if (visible) { text = parent.parent.first.name.replace(/\.[^.]*$/, ""); selectAll(); forceActiveFocus() }
+                        onVisibleChanged: if (visible) { text = view.tray.editingName; selectAll(); forceActiveFocus() }
                         onTextEdited: view.tray.setEditingName(text)
                         Keys.onReturnPressed: { view.tray.rename(); view.forceActiveFocus() }
                         Keys.onEscapePressed: { view.tray.cancelEditing(); view.forceActiveFocus() }
