@@ -32,8 +32,12 @@ std::unique_ptr<QMimeData> snapshot(const QMimeData& data)
 {
     auto copy = std::make_unique<QMimeData>();
     for (const QString& format : data.formats()) {
-        if (format.startsWith(QLatin1StringView("text/")) || format == QLatin1StringView("XdndDirectSave0"))
+        if (format.startsWith(QLatin1StringView("text/")))
             copy->setData(format, data.data(format));
+        // Only marked: asked for, a direct-save source writes its file, which it may do only once
+        // it knows where.
+        else if (format == QLatin1StringView("XdndDirectSave0"))
+            copy->setData(format, QByteArrayLiteral("promised"));
     }
     if (data.hasImage())
         copy->setImageData(data.imageData());
@@ -72,7 +76,8 @@ void NotchDropView::dropEvent(QDropEvent* event)
 {
     // Read from what the drag offered on its way in: asked again now, some sources (Qt's among
     // them) no longer answer and the notch would wait for the clipboard's time-out.
-    const MimePasteboard pasteboard([this, event] { return m_snapshot ? m_snapshot.get() : event->mimeData(); });
+    const MimePasteboard pasteboard([this, event] { return m_snapshot ? m_snapshot.get() : event->mimeData(); },
+                                    [event] { return event->mimeData(); });
     const bool accepted = m_dropZone && m_dropZone->viewPerformed(pasteboard);
     m_snapshot.reset();
     if (!accepted)

@@ -18,11 +18,12 @@ namespace {
 struct DragFromAnotherApp {
     QProcess source;
 
-    explicit DragFromAnotherApp(const QStringList& what)
+    explicit DragFromAnotherApp(const QStringList& what, const QString& program = KELVANE_DRAG_SOURCE,
+                                const QString& title = "Drag Source")
     {
-        source.start(KELVANE_DRAG_SOURCE, QStringList{"100", "400"} + what);
+        source.start(program, QStringList{"100", "400"} + what);
         EXPECT_TRUE(waitUntil([&] { return source.canReadLine() || source.state() != QProcess::Running; }));
-        EXPECT_TRUE(waitUntil([] { return XvfbServer::current()->windowGeometries("Drag Source").size() == 1; }));
+        EXPECT_TRUE(waitUntil([&] { return XvfbServer::current()->windowGeometries(title).size() == 1; }));
         QThread::msleep(200);
         pointer({"mousemove", "200", "500", "mousedown", "1"});
         for (const auto& [x, y] : {std::pair{220, 480}, {400, 300}, {600, 100}})
@@ -121,4 +122,128 @@ TEST(DropAgent, DragsFromAnotherApplicationLandOnTheirTarget)
         EXPECT_EQ(drag.release(), "ignored");
     }
     EXPECT_EQ(trayNames(), QStringList{"clip.txt"});
+}
+
+// While a large file is still being copied into the tray, a file dragged from the temporary
+// folder waits behind it, text goes to the AirDrop target and the tray's last file is removed
+// (which cleans the staging folder): afterwards every file is in the tray with its own contents,
+// and nothing outside the tray's own folders was moved or deleted.
+TEST(DropAgent, EveryFileArrivesWhileCleanupsRaceALargeCopy)
+{
+    TemporaryHome home;
+    SessionBus bus;
+    ScopedEnvironment env;
+    const QString temporary = home.path() + "/tmp";
+    QDir().mkpath(temporary);
+    QDir().mkpath(home.path() + "/Documents");
+    env.set("TMPDIR", temporary.toUtf8());
+    const auto write = [](const QString& path, const QByteArray& contents) {
+        QFile file(path);
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(contents);
+    };
+    const QString clip = temporary + "/clip.txt", old = home.path() + "/Documents/old.txt",
+                  big = home.path() + "/Documents/big.bin";
+    write(clip, "dragged words");
+    write(old, "old words");
+    {
+        // Large enough that the copy outlasts the drops: real blocks, not a sparse file.
+        QFile file(big);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        const QByteArray block(1 << 20, 'b');
+        for (int i = 0; i < 1536; ++i)
+            file.write(block);
+    }
+
+    RunningAgent agent;
+    ASSERT_TRUE(agent.waitForNotches(2));
+    ASSERT_EQ(ctl({"tray", "add", old}).status, 0);
+    const QJsonObject window = notch("M1")["window"].toObject();
+    const int centre = window["x"].toInt() + window["width"].toInt() / 2;
+    const QString trayFolder = home.path() + "/.local/share/io.kelvane.Kelvane/TrayFiles";
+
+    QProcess largeAdd;
+    {
+        DragFromAnotherApp drag({"--files", clip});
+        drag.moveTo(centre, 8);
+        ASSERT_TRUE(waitUntil([] { return notch("M1")["mode"].toString() == "dragging"; }));
+        ASSERT_TRUE(drag.hover("sheld", centre - 60, 90));
+        largeAdd.start(binary("kelvanectl"), {"tray", "add", big});
+        ASSERT_TRUE(waitUntil([&] { return QFileInfo::exists(trayFolder + "/big.bin"); }));
+        EXPECT_EQ(drag.release(), "copy");
+    }
+    ASSERT_EQ(ctl({"tray", "remove", "old.txt"}).status, 0);
+    EXPECT_EQ(largeAdd.state(), QProcess::Running) << "the large copy ended before the race it is meant to cover";
+    {
+        DragFromAnotherApp drag({"--text", "pass it on"});
+        drag.moveTo(centre, 8);
+        ASSERT_TRUE(waitUntil([] { return notch("M1")["mode"].toString() == "dragging"; }));
+        bool over = false;
+        for (int x = centre; x < centre + 400 && !over; x += 40)
+            over = drag.hover("airdrop", x, 90);
+        ASSERT_TRUE(over);
+        EXPECT_EQ(drag.release(), "copy");
+    }
+    ASSERT_TRUE(largeAdd.waitForFinished(60000));
+    EXPECT_EQ(largeAdd.exitCode(), 0) << largeAdd.readAllStandardError().toStdString();
+    ASSERT_TRUE(waitUntil([] { return trayNames() == QStringList{"big.bin", "clip.txt"}; }, 20000))
+        << trayNames().join(",").toStdString();
+    const auto read = [](const QString& path) {
+        QFile file(path);
+        file.open(QIODevice::ReadOnly);
+        return file.readAll();
+    };
+    EXPECT_EQ(read(trayFolder + "/clip.txt"), "dragged words");
+    EXPECT_EQ(QFileInfo(trayFolder + "/big.bin").size(), QFileInfo(big).size());
+    // The user's own files are where they were, as they were.
+    EXPECT_EQ(read(clip), "dragged words");
+    EXPECT_EQ(read(old), "old words");
+    EXPECT_EQ(QFileInfo(big).size(), qint64(1536) << 20);
+    EXPECT_TRUE(waitUntil([&] { return agent.readOutput().contains("[Sharing] No sharing service is available"); }))
+        << agent.output.toStdString();
+    EXPECT_FALSE(agent.output.contains("Failed to copy")) << agent.output.toStdString();
+}
+
+// A file promised by its source (as archive managers offer files dragged out of an archive) is
+// written by the source into the drop's own staging folder and then kept in the tray; a source
+// that cannot write it leaves the tray as it was, with one line.
+TEST(DropAgent, PromisedFilesAreWrittenByTheirSourceAndKept)
+{
+    TemporaryHome home;
+    SessionBus bus;
+    ScopedEnvironment env;
+    const QString temporary = home.path() + "/tmp";
+    QDir().mkpath(temporary);
+    env.set("TMPDIR", temporary.toUtf8());
+    RunningAgent agent;
+    ASSERT_TRUE(agent.waitForNotches(2));
+    const QJsonObject window = notch("M1")["window"].toObject();
+    const int centre = window["x"].toInt() + window["width"].toInt() / 2;
+
+    const struct {
+        QStringList arguments;
+        QStringList tray;
+        QString line;
+    } drags[] = {
+        {{"../notes.txt", "unpacked words"}, {"notes.txt"}, ""},
+        {{"broken.txt", "never written", "--fail"}, {"notes.txt"}, "Error receiving promised file: the source could not save broken.txt"},
+    };
+    for (const auto& d : drags) {
+        {
+            DragFromAnotherApp drag(d.arguments, KELVANE_XDS_SOURCE, "XDS Source");
+            drag.moveTo(centre, 8);
+            ASSERT_TRUE(waitUntil([] { return notch("M1")["mode"].toString() == "dragging"; }));
+            ASSERT_TRUE(drag.hover("sheld", centre - 60, 90));
+            EXPECT_EQ(drag.release(), "copy");
+        }
+        ASSERT_TRUE(waitUntil([&] { return trayNames() == d.tray; })) << trayNames().join(",").toStdString();
+        if (!d.line.isEmpty()) {
+            EXPECT_TRUE(waitUntil([&] { return agent.readOutput().contains(d.line); })) << agent.output.toStdString();
+        }
+    }
+    QFile kept(ctlJson({"tray", "list"})["items"].toArray()[0].toObject()["files"].toArray()[0].toObject()["path"].toString());
+    ASSERT_TRUE(kept.open(QIODevice::ReadOnly));
+    EXPECT_EQ(kept.readAll(), "unpacked words");
+    // The source wrote only where it was told: never beside the staging folder.
+    EXPECT_FALSE(QFileInfo::exists(temporary + "/notes.txt"));
 }

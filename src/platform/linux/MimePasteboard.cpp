@@ -1,5 +1,7 @@
 #include "MimePasteboard.h"
 
+#include "XdsPromiseReceiver.h"
+
 #include <QClipboard>
 #include <QGuiApplication>
 #include <QMimeData>
@@ -26,9 +28,21 @@ std::optional<QString> webAddress(const QMimeData& data)
 }
 } // namespace
 
-MimePasteboard::MimePasteboard(std::function<const QMimeData*()> contents)
+MimePasteboard::MimePasteboard(std::function<const QMimeData*()> contents, std::function<const QMimeData*()> live)
     : m_contents(std::move(contents))
+    , m_live(std::move(live))
 {
+}
+
+QList<std::shared_ptr<FilePromiseReceiver>> MimePasteboard::filePromiseReceivers() const
+{
+    const QMimeData* data = m_contents();
+    if (!data || !data->hasFormat(directSave) || !m_live)
+        return {};
+    return {std::make_shared<XdsPromiseReceiver>([live = m_live](const QString& format) {
+        const QMimeData* drag = live();
+        return drag ? drag->data(format) : QByteArray();
+    })};
 }
 
 MimePasteboard MimePasteboard::clipboard()

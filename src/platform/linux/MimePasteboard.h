@@ -14,7 +14,10 @@ namespace kelvane {
 class MimePasteboard : public Pasteboard {
 public:
     // `contents` is asked each time, so the pasteboard follows the clipboard as it changes.
-    explicit MimePasteboard(std::function<const QMimeData*()> contents);
+    // `live`, for a drop: the drag's own data while the drop lasts, which promised files are
+    // asked for.
+    explicit MimePasteboard(std::function<const QMimeData*()> contents,
+                            std::function<const QMimeData*()> live = nullptr);
     // The general clipboard.
     static MimePasteboard clipboard();
 
@@ -23,9 +26,11 @@ public:
     QImage image() const override;
     std::optional<QString> string(const QString& type) const override;
     void writeFileURLs(const QList<QUrl>& urls) override;
+    QList<std::shared_ptr<FilePromiseReceiver>> filePromiseReceivers() const override;
 
 private:
     std::function<const QMimeData*()> m_contents;
+    std::function<const QMimeData*()> m_live;
 };
 
 } // namespace kelvane
