@@ -55,13 +55,40 @@ public:
     virtual ~SharingService() = default;
     // `finished` runs once the service no longer reads the files (at once when nothing is sent).
     virtual void perform(const QList<QUrl>& files, std::function<void()> finished) = 0;
+    // The service that will really send, as people know it ("KDE Connect"); empty while none runs.
+    virtual QString serviceName() const { return {}; }
+    // Called whenever serviceName() changes.
+    void onServiceChanged(std::function<void()> changed) { m_serviceChanged = std::move(changed); }
+
+protected:
+    void serviceChanged()
+    {
+        if (m_serviceChanged)
+            m_serviceChanged();
+    }
+
+private:
+    std::function<void()> m_serviceChanged;
 };
 
-// The system's file previewer: opens a preview of these files, or closes the one that is open.
+// The desktop's own file previewer: opens a preview of these files, or closes the one that is open.
 class FilePreviewer {
 public:
     virtual ~FilePreviewer() = default;
     virtual void toggle(const QList<QUrl>& files) = 0;
+    // A previewer runs; called back whenever that changes.
+    virtual bool isAvailable() const { return false; }
+    void onAvailabilityChanged(std::function<void()> changed) { m_availabilityChanged = std::move(changed); }
+
+protected:
+    void availabilityChanged()
+    {
+        if (m_availabilityChanged)
+            m_availabilityChanged();
+    }
+
+private:
+    std::function<void()> m_availabilityChanged;
 };
 
 // Keeps the file URLs of `items` and hands them to the sharing service; with none, says so.

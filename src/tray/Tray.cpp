@@ -52,10 +52,14 @@ Tray::Tray(Dependencies dependencies, QObject* parent)
     , m_deps(std::move(dependencies))
 {
     connect(&m_referenceWatch, &QFileSystemWatcher::fileChanged, this, [this] { scheduleUpdateFiles(); });
+    m_deps.sharing.onServiceChanged([this] { Q_EMIT sharingChanged(); });
+    m_deps.previewer.onAvailabilityChanged([this] { Q_EMIT previewChanged(); });
 }
 
 Tray::~Tray()
 {
+    m_deps.sharing.onServiceChanged(nullptr);
+    m_deps.previewer.onAvailabilityChanged(nullptr);
     shutdown();
     m_folderMonitor.reset();
     qDeleteAll(m_files);
@@ -453,6 +457,17 @@ void Tray::setFiles(std::vector<TrayFile*> files)
         m_lastSelectedIndex = m_baseFileIndex;
     if (m_editing && !position.contains(m_editing->file))
         cancelEditing();
+    if (m_previewing) {
+        std::vector<TrayFile*> previewed;
+        for (TrayFile* file : m_previewFiles)
+            if (position.contains(file))
+                previewed.push_back(file);
+        if (previewed.size() != m_previewFiles.size()) {
+            m_previewFiles = std::move(previewed);
+            m_previewing = !m_previewFiles.empty();
+            Q_EMIT previewChanged();
+        }
+    }
     if (files.empty())
         m_deps.liveActivities.removeSync(LiveActivity::tray);
     else
@@ -710,6 +725,10 @@ bool Tray::handleKey(TrayKey key, TrayModifiers modifiers)
         }
         return false;
     }
+    if (key == TrayKey::escape && m_previewing) {
+        closePreview();
+        return true;
+    }
     switch (key) {
     case TrayKey::c:
         if (modifiers.command)
@@ -770,7 +789,56 @@ void Tray::copySelectedFilesToClipboard() { m_deps.pasteboard.writeFileURLs(urls
 
 void Tray::airdropSelectedFiles() { airDropItems(urlsOf(m_selectedFiles), m_deps.sharing); }
 
-void Tray::toggleQuickLookState() { m_deps.previewer.toggle(urlsOf(m_selectedFiles)); }
+void Tray::toggleQuickLookState()
+{
+    if (m_previewing) {
+        closePreview();
+        return;
+    }
+    if (m_selectedFiles.empty())
+        return;
+    m_previewing = true;
+    m_previewFiles = m_selectedFiles;
+    Q_EMIT previewChanged();
+}
+
+void Tray::closePreview()
+{
+    if (!m_previewing)
+        return;
+    m_previewing = false;
+    m_previewFiles.clear();
+    Q_EMIT previewChanged();
+}
+
+void Tray::openInDesktopPreviewer(const QString& id)
+{
+    if (const TrayFile* file = fileWithId(id))
+        m_deps.previewer.toggle({file->url()});
+}
+
+QString Tray::previewText(const QString& path, int bytes)
+{
+    // Only a regular file is opened; a pipe would never answer.
+    if (!QFileInfo(path).isFile())
+        return {};
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return {};
+    QString text = QString::fromUtf8(file.read(bytes));
+    // A character cut in two at the end is not shown.
+    if (!text.isEmpty() && text.back() == QChar::ReplacementCharacter)
+        text.chop(1);
+    return text;
+}
+
+QVariantList Tray::previewFilesForView() const
+{
+    QVariantList files;
+    for (TrayFile* file : m_previewFiles)
+        files.append(QVariant::fromValue(static_cast<QObject*>(file)));
+    return files;
+}
 
 void Tray::pasteFromClipboard(std::function<void(int)> done)
 {

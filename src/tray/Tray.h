@@ -46,6 +46,13 @@ class Tray : public QObject {
     // A copy that has run for more than half a second shows its progress.
     Q_PROPERTY(bool showsProgress READ showsProgress NOTIFY progressChanged)
     Q_PROPERTY(double copyProgress READ copyProgress NOTIFY progressChanged)
+    // The preview shown in the notch (Space): the files selected when it opened, while they last.
+    Q_PROPERTY(bool previewing READ previewing NOTIFY previewChanged)
+    Q_PROPERTY(QVariantList previewFiles READ previewFilesForView NOTIFY previewChanged)
+    // The desktop's own previewer runs: files the notch cannot show open there.
+    Q_PROPERTY(bool desktopPreviewer READ desktopPreviewer NOTIFY previewChanged)
+    // The service that sends the selected files ("KDE Connect", "GSConnect"); empty while none runs.
+    Q_PROPERTY(QString sharingService READ sharingService NOTIFY sharingChanged)
 public:
     struct Dependencies {
         Scheduler& scheduler;
@@ -111,7 +118,17 @@ public:
     void pasteFromClipboard(std::function<void(int)> done = {});
     Q_INVOKABLE void paste() { pasteFromClipboard(); }
     Q_INVOKABLE void airdropSelectedFiles();
+    // Opens the preview of the selected files, or closes the one that is open.
     Q_INVOKABLE void toggleQuickLookState();
+    Q_INVOKABLE void closePreview();
+    // Opens one previewed file in the desktop's previewer.
+    Q_INVOKABLE void openInDesktopPreviewer(const QString& id);
+    // The start of a text file, for its preview: at most `bytes`, as UTF-8.
+    Q_INVOKABLE static QString previewText(const QString& path, int bytes = 4096);
+    bool previewing() const { return m_previewing; }
+    const std::vector<TrayFile*>& previewFiles() const { return m_previewFiles; }
+    bool desktopPreviewer() const { return m_deps.previewer.isAvailable(); }
+    QString sharingService() const { return m_deps.sharing.serviceName(); }
 
     Q_INVOKABLE void beginEditing(const QString& id);
     Q_INVOKABLE void setEditingName(const QString& name);
@@ -126,6 +143,7 @@ public:
     Q_INVOKABLE bool handleKeyNamed(const QString& key, bool shift, bool command);
 
     QStringList selectedIds() const;
+    QVariantList previewFilesForView() const;
     QVariantList itemsForView() const;
     bool showsProgress() const { return m_showsProgress; }
     double copyProgress() const { return m_copyProgress; }
@@ -139,6 +157,8 @@ Q_SIGNALS:
     void selectionChanged();
     void editingChanged();
     void progressChanged();
+    void previewChanged();
+    void sharingChanged();
     // A call of addFilesFromURLs has been carried out.
     void filesAdded(int count);
 
@@ -185,6 +205,8 @@ private:
     std::optional<int> m_baseFileIndex;
     std::optional<int> m_lastSelectedIndex;
     std::optional<Editing> m_editing;
+    bool m_previewing = false;
+    std::vector<TrayFile*> m_previewFiles;
     std::unique_ptr<FolderMonitor> m_folderMonitor;
     QFileSystemWatcher m_referenceWatch;
     bool m_updateQueued = false;

@@ -393,7 +393,7 @@ TEST(Tray, SelectsWithClicksAndKeys)
         {[&] { return tray.handleKey(TrayKey::a, {false, true}); }, "0,1,2,3,4", true},
         {[&] { tray.selectFile(file(4), {}); return tray.handleKey(TrayKey::right, {}); }, "4", true},
         {[&] { return tray.handleKey(TrayKey::c, {false, true}); }, "4", true},
-        {[&] { return tray.handleKey(TrayKey::space, {}); }, "4", true},
+        {[&] { return tray.handleKey(TrayKey::space, {}) && tray.previewing(); }, "4", true},
         {[&] { return tray.handleKey(TrayKey::deleteKey, {}); }, "", true},
     };
     for (const auto& step : steps) {
@@ -402,7 +402,47 @@ TEST(Tray, SelectsWithClicksAndKeys)
     }
     EXPECT_EQ(shelf.names(), (QStringList{"0", "1", "2", "3"}));
     EXPECT_EQ(shelf.pasteboard.written, QList<QUrl>{QUrl::fromLocalFile(shelf.folder() + "/4")});
-    EXPECT_EQ(shelf.sharing.previewed, QList<QUrl>{QUrl::fromLocalFile(shelf.folder() + "/4")});
+    // The previewed file went with its deletion, and the preview with it.
+    EXPECT_FALSE(tray.previewing());
+}
+
+// Space previews every selected file in the notch, and Space or Escape closes the preview; a file
+// that goes leaves it. Files the notch cannot show open in the desktop's previewer, and the text
+// shown is only the start of a file, cut between characters.
+TEST(Tray, PreviewsTheSelectedFiles)
+{
+    Shelf shelf;
+    shelf.add({shelf.make("src/a.txt", QByteArray("caf\xC3\xA9 ") + QByteArray(5000, 'x')), shelf.make("src/b.pdf"),
+               shelf.make("src/c.txt")});
+    Tray& tray = *shelf.tray;
+    const auto previewed = [&] {
+        QStringList names;
+        for (const TrayFile* f : tray.previewFiles())
+            names << f->name();
+        return names.join(',');
+    };
+    EXPECT_TRUE(tray.handleKey(TrayKey::space, {}));
+    EXPECT_FALSE(tray.previewing());
+    tray.selectAll();
+    const struct {
+        TrayKey key;
+        bool taken;
+        QString shown;
+    } keys[] = {{TrayKey::space, true, "a.txt,b.pdf,c.txt"}, {TrayKey::space, true, ""}, {TrayKey::space, true, "a.txt,b.pdf,c.txt"},
+                {TrayKey::escape, true, ""}, {TrayKey::escape, false, ""}};
+    for (const auto& k : keys) {
+        EXPECT_EQ(tray.handleKey(k.key, {}), k.taken);
+        EXPECT_EQ(previewed(), k.shown);
+        EXPECT_EQ(tray.previewing(), !k.shown.isEmpty());
+    }
+    tray.toggleQuickLookState();
+    tray.removeFile(tray.files()[1]);
+    EXPECT_EQ(previewed(), "a.txt,c.txt");
+    tray.openInDesktopPreviewer(tray.files()[1]->idText());
+    EXPECT_EQ(shelf.sharing.previewed, QList<QUrl>{QUrl::fromLocalFile(shelf.folder() + "/c.txt")});
+    EXPECT_EQ(Tray::previewText(tray.files()[0]->path(), 4), "caf");
+    EXPECT_EQ(Tray::previewText(tray.files()[0]->path(), 5), "caf\u00E9");
+    EXPECT_EQ(Tray::previewText(shelf.home.path() + "/nothing"), "");
 }
 
 // Pasting takes files first, then a picture, then text; renaming keeps the extension; a file

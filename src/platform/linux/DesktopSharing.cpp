@@ -2,91 +2,179 @@
 
 #include "core/Log.h"
 
-#include <QDBusConnectionInterface>
+#include <QDBusArgument>
 #include <QDBusMessage>
-#include <QDir>
-#include <QFile>
-#include <QFileInfo>
-#include <QUuid>
+#include <QDBusMetaType>
+#include <QDBusObjectPath>
+#include <QDBusPendingCallWatcher>
+#include <QDBusPendingReply>
+#include <QDBusServiceWatcher>
 #include <QProcess>
-#include <QStandardPaths>
-
-#include <unistd.h>
 
 namespace kelvane {
 
-DesktopSharing::DesktopSharing(QDBusConnection bus)
-    : m_bus(std::move(bus))
+namespace {
+const QString kdeConnect = QStringLiteral("org.kde.kdeconnect");
+const QString gsConnect = QStringLiteral("org.gnome.Shell.Extensions.GSConnect");
+const QString gsConnectPath = QStringLiteral("/org/gnome/Shell/Extensions/GSConnect");
+const QString previewer = QStringLiteral("org.gnome.NautilusPreviewer");
+
+void sharingLine(const QString& message) { logLine(u"Sharing", message); }
+
+// Calls a method and hands its reply to `answered` on the main thread, when it comes.
+void callThen(const QDBusConnection& bus, const QDBusMessage& call, QObject* context,
+              std::function<void(const QDBusMessage& reply)> answered)
 {
+    auto* watcher = new QDBusPendingCallWatcher(bus.asyncCall(call), context);
+    QObject::connect(watcher, &QDBusPendingCallWatcher::finished, context, [watcher, answered] {
+        watcher->deleteLater();
+        answered(watcher->reply());
+    });
 }
 
-namespace {
-// Dropped files are staged in a folder that is removed as soon as they are handed over, while
-// KDE Connect reads them later: they are linked (or copied) where they stay until the system
-// clears its temporary folder.
-QList<QUrl> keepForSending(const QList<QUrl>& files)
-{
-    const QString staging = QDir::temp().filePath(QStringLiteral("KelvaneTemp"));
-    const QString kept = QDir::temp().filePath(QStringLiteral("KelvaneShared/") + QUuid::createUuid().toString(QUuid::WithoutBraces));
-    QList<QUrl> result;
-    for (const QUrl& url : files) {
-        const QString path = url.toLocalFile();
-        if (!path.startsWith(staging) || !QFileInfo(path).isFile() || !QDir().mkpath(kept)) {
-            result.append(url);
-            continue;
-        }
-        const QString target = QDir(kept).filePath(QFileInfo(path).fileName());
-        const bool linked = ::link(QFile::encodeName(path).constData(), QFile::encodeName(target).constData()) == 0 ||
-                            QFile::copy(path, target);
-        result.append(linked ? QUrl::fromLocalFile(target) : url);
-    }
-    return result;
-}
+using ManagedObjects = QMap<QDBusObjectPath, QMap<QString, QVariantMap>>;
 } // namespace
+
+DesktopSharing::DesktopSharing(QDBusConnection bus, QObject* parent)
+    : QObject(parent)
+    , m_bus(std::move(bus))
+{
+    qDBusRegisterMetaType<QVariantMap>();
+    qDBusRegisterMetaType<QMap<QString, QVariantMap>>();
+    qDBusRegisterMetaType<ManagedObjects>();
+    if (!m_bus.isConnected())
+        return;
+    auto* watcher = new QDBusServiceWatcher(this);
+    watcher->setConnection(m_bus);
+    watcher->setWatchMode(QDBusServiceWatcher::WatchForRegistration | QDBusServiceWatcher::WatchForUnregistration);
+    for (const QString& service : {kdeConnect, gsConnect, previewer}) {
+        watcher->addWatchedService(service);
+        // Whether it already runs, asked without waiting.
+        QDBusMessage ask = QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
+                                                          QStringLiteral("org.freedesktop.DBus"), QStringLiteral("NameHasOwner"));
+        ask << service;
+        callThen(m_bus, ask, this, [this, service](const QDBusMessage& reply) {
+            if (reply.type() == QDBusMessage::ReplyMessage && !reply.arguments().isEmpty())
+                follow(service, reply.arguments().constFirst().toBool());
+        });
+    }
+    connect(watcher, &QDBusServiceWatcher::serviceRegistered, this, [this](const QString& service) { follow(service, true); });
+    connect(watcher, &QDBusServiceWatcher::serviceUnregistered, this, [this](const QString& service) { follow(service, false); });
+}
+
+DesktopSharing::~DesktopSharing()
+{
+    for (const auto& finished : m_holding)
+        finished();
+}
+
+void DesktopSharing::follow(const QString& service, bool present)
+{
+    if (service == previewer) {
+        if (std::exchange(m_previewer, present) != present)
+            availabilityChanged();
+        return;
+    }
+    const QString before = serviceName();
+    (service == kdeConnect ? m_kdeConnect : m_gsConnect) = present;
+    if (serviceName() != before)
+        serviceChanged();
+}
+
+QString DesktopSharing::serviceName() const
+{
+    if (m_kdeConnect)
+        return QStringLiteral("KDE Connect");
+    if (m_gsConnect)
+        return QStringLiteral("GSConnect");
+    return {};
+}
 
 void DesktopSharing::perform(const QList<QUrl>& files, std::function<void()> finished)
 {
-    // The files are kept for KDE Connect apart from the drop: what was handed over may go.
-    finished();
-    const bool kdeConnect = m_bus.isConnected() &&
-                            m_bus.interface()->isServiceRegistered(QStringLiteral("org.kde.kdeconnect")).value() &&
-                            !QStandardPaths::findExecutable(QStringLiteral("kdeconnect-cli")).isEmpty();
-    if (!kdeConnect) {
-        logLine(u"Sharing", QStringLiteral("No sharing service is available (KDE Connect is not running); %1 file(s) not sent.")
-                                .arg(files.size()));
+    if (serviceName().isEmpty()) {
+        sharingLine(QStringLiteral("No sharing service is available (KDE Connect or GSConnect is not running); %1 file(s) not sent.")
+                        .arg(files.size()));
+        finished();
         return;
     }
-    // The first reachable device receives the files; the notch does not wait for the answer.
-    auto* list = new QProcess;
-    QObject::connect(list, &QProcess::finished, list, [list, files = keepForSending(files)] {
-        list->deleteLater();
-        const QString device =
-            QString::fromUtf8(list->readAllStandardOutput()).section(QLatin1Char('\n'), 0, 0).trimmed();
-        if (device.isEmpty()) {
-            logLine(u"Sharing", QStringLiteral("KDE Connect has no device in reach; %1 file(s) not sent.").arg(files.size()));
+    m_holding.push_back(std::move(finished));
+    if (m_kdeConnect)
+        sendWithKdeConnect(files);
+    else
+        sendWithGSConnect(files);
+}
+
+void DesktopSharing::sendWithKdeConnect(const QList<QUrl>& files)
+{
+    QDBusMessage devices = QDBusMessage::createMethodCall(kdeConnect, QStringLiteral("/modules/kdeconnect"),
+                                                          QStringLiteral("org.kde.kdeconnect.daemon"), QStringLiteral("devices"));
+    devices << true << true; // reachable and paired
+    callThen(m_bus, devices, this, [this, files](const QDBusMessage& reply) {
+        const QStringList ids = reply.arguments().value(0).toStringList();
+        if (reply.type() != QDBusMessage::ReplyMessage || ids.isEmpty()) {
+            sharingLine(QStringLiteral("KDE Connect has no device in reach; %1 file(s) not sent.").arg(files.size()));
             return;
         }
-        for (const QUrl& file : files)
-            QProcess::startDetached(QStringLiteral("kdeconnect-cli"),
-                                    {QStringLiteral("--device"), device, QStringLiteral("--share"), file.toString()});
+        for (const QUrl& file : files) {
+            QDBusMessage share = QDBusMessage::createMethodCall(
+                kdeConnect, QStringLiteral("/modules/kdeconnect/devices/%1/share").arg(ids.first()),
+                QStringLiteral("org.kde.kdeconnect.device.share"), QStringLiteral("shareUrl"));
+            share << file.toString(QUrl::FullyEncoded);
+            callThen(m_bus, share, this, [file](const QDBusMessage& answer) {
+                if (answer.type() == QDBusMessage::ErrorMessage)
+                    sharingLine(QStringLiteral("KDE Connect did not take %1: %2").arg(file.fileName(), answer.errorMessage()));
+            });
+        }
     });
-    QObject::connect(list, &QProcess::errorOccurred, list, [list](QProcess::ProcessError error) {
-        if (error == QProcess::FailedToStart)
-            list->deleteLater();
+}
+
+void DesktopSharing::sendWithGSConnect(const QList<QUrl>& files)
+{
+    QDBusMessage objects = QDBusMessage::createMethodCall(gsConnect, gsConnectPath, QStringLiteral("org.freedesktop.DBus.ObjectManager"),
+                                                          QStringLiteral("GetManagedObjects"));
+    callThen(m_bus, objects, this, [this, files](const QDBusMessage& reply) {
+        QString device;
+        if (reply.type() == QDBusMessage::ReplyMessage && !reply.arguments().isEmpty()) {
+            const auto managed = qdbus_cast<ManagedObjects>(reply.arguments().constFirst());
+            for (auto it = managed.cbegin(); it != managed.cend() && device.isEmpty(); ++it) {
+                const QVariantMap properties = it->value(QStringLiteral("org.gnome.Shell.Extensions.GSConnect.Device"));
+                if (properties.value(QStringLiteral("Connected")).toBool() && properties.value(QStringLiteral("Paired")).toBool())
+                    device = it.key().path();
+            }
+        }
+        if (device.isEmpty()) {
+            sharingLine(QStringLiteral("GSConnect has no device in reach; %1 file(s) not sent.").arg(files.size()));
+            return;
+        }
+        for (const QUrl& file : files) {
+            // The device's "shareFile" action takes the file's address and whether to open it there.
+            QDBusArgument parameter;
+            parameter.beginStructure();
+            parameter << file.toString(QUrl::FullyEncoded) << false;
+            parameter.endStructure();
+            QDBusMessage activate = QDBusMessage::createMethodCall(gsConnect, device, QStringLiteral("org.gtk.Actions"),
+                                                                   QStringLiteral("Activate"));
+            // A list of variants: each element is wrapped as one already.
+            activate << QStringLiteral("shareFile") << QVariant::fromValue(QVariantList{QVariant::fromValue(parameter)})
+                     << QVariantMap();
+            callThen(m_bus, activate, this, [file](const QDBusMessage& answer) {
+                if (answer.type() == QDBusMessage::ErrorMessage)
+                    sharingLine(QStringLiteral("GSConnect did not take %1: %2").arg(file.fileName(), answer.errorMessage()));
+            });
+        }
     });
-    list->start(QStringLiteral("kdeconnect-cli"), {QStringLiteral("--list-available"), QStringLiteral("--id-only")});
 }
 
 void DesktopSharing::toggle(const QList<QUrl>& files)
 {
     if (files.isEmpty())
         return;
-    const QString previewer = QStringLiteral("org.gnome.NautilusPreviewer");
-    if (m_bus.isConnected() && m_bus.interface()->isServiceRegistered(previewer).value()) {
+    if (m_previewer) {
         // Showing the file that is shown closes the preview.
         QDBusMessage show = QDBusMessage::createMethodCall(previewer, QStringLiteral("/org/gnome/NautilusPreviewer"),
                                                            previewer, QStringLiteral("ShowFile"));
-        show << files.first().toString() << 0 << true;
+        show << files.first().toString(QUrl::FullyEncoded) << 0 << true;
         m_bus.send(show);
         return;
     }

@@ -64,6 +64,118 @@ FocusScope {
         }
     }
 
+    // Sends the selected files through the desktop's sharing service, named as it is known.
+    Rectangle {
+        id: shareButton
+        objectName: "shareButton"
+        visible: view.tray !== null && view.tray.sharingService !== "" && view.tray.selectedIds.length > 0 && !view.tray.previewing
+        anchors.top: parent.top
+        anchors.right: parent.right
+        z: 2
+        width: shareLabel.implicitWidth + 16
+        height: 22
+        radius: 11
+        color: shareArea.pressed ? "#0060df" : "#0a84ff"
+        Text {
+            id: shareLabel
+            anchors.centerIn: parent
+            color: "white"
+            font.pixelSize: 11
+            text: view.tray ? "Send with " + view.tray.sharingService : ""
+        }
+        MouseArea {
+            id: shareArea
+            anchors.fill: parent
+            onClicked: view.tray.airdropSelectedFiles()
+        }
+    }
+
+    // The preview of the selected files (Space): pictures and text shown here, other files named,
+    // with the desktop's previewer a click away where it runs. Space or Escape closes it.
+    Rectangle {
+        id: preview
+        objectName: "preview"
+        visible: view.tray !== null && view.tray.previewing
+        anchors.fill: parent
+        z: 3
+        radius: 12
+        color: "#1c1c1e"
+        ListView {
+            anchors.fill: parent
+            anchors.margins: 6
+            anchors.rightMargin: 28
+            orientation: ListView.Horizontal
+            spacing: 8
+            clip: true
+            model: view.tray ? view.tray.previewFiles : []
+            delegate: Rectangle {
+                id: page
+                required property QtObject modelData
+                readonly property bool textual: modelData.iconName.startsWith("text-")
+                width: modelData.isImage ? height * 1.5 : (textual ? 220 : 140)
+                height: ListView.view.height
+                radius: 8
+                color: "#2c2c2e"
+                clip: true
+                Image {
+                    anchors.fill: parent
+                    anchors.margins: 4
+                    visible: page.modelData.isImage
+                    source: visible ? view.fileUri(page.modelData.path) : ""
+                    sourceSize.height: 512
+                    fillMode: Image.PreserveAspectFit
+                    asynchronous: true
+                }
+                Text {
+                    anchors.fill: parent
+                    anchors.margins: 6
+                    visible: page.textual
+                    color: "#e5e5ea"
+                    font.family: "monospace"
+                    font.pixelSize: 9
+                    wrapMode: Text.WrapAnywhere
+                    elide: Text.ElideRight
+                    text: visible ? view.tray.previewText(page.modelData.path) : ""
+                }
+                Column {
+                    anchors.centerIn: parent
+                    visible: !page.modelData.isImage && !page.textual
+                    spacing: 6
+                    Text {
+                        anchors.horizontalCenter: parent.horizontalCenter
+                        color: "white"
+                        font.pixelSize: 12
+                        text: page.modelData.nameTruncated
+                    }
+                    Text {
+                        anchors.horizontalCenter: parent.horizontalCenter
+                        visible: view.tray && view.tray.desktopPreviewer
+                        color: "#64d2ff"
+                        font.pixelSize: 11
+                        text: "Open in Previewer"
+                        MouseArea {
+                            anchors.fill: parent
+                            onClicked: view.tray.openInDesktopPreviewer(page.modelData.id)
+                        }
+                    }
+                }
+            }
+        }
+        Text {
+            anchors.top: parent.top
+            anchors.right: parent.right
+            anchors.margins: 6
+            color: "#a0a0a5"
+            font.pixelSize: 14
+            text: "\u2715"
+            MouseArea {
+                anchors.fill: parent
+                anchors.margins: -6
+                onClicked: view.tray.closePreview()
+            }
+        }
+    }
+
     ListView {
         id: list
         anchors.fill: parent
