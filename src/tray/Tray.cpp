@@ -32,13 +32,28 @@ constexpr double progressInterval = 0.1;
 
 void trayLine(const QString& message) { logLine(u"Tray", message); }
 
-// Files are read in parallel by a pool of their own: the workers that ask for it run in the
-// shared pool, and a map waiting there for threads of that same pool could wait for ever.
-QList<TrayFile::Contents> readContents(const std::vector<QUrl>& urls)
+struct Made {
+    QUrl url;
+    std::optional<QUuid> stackID;
+};
+
+// Makes the files beside the main thread, read in parallel (pictures are the slow part) and each
+// with its saved record ready, then hands them to the main thread, where they live. The reading
+// has a pool of its own: the workers that ask for it run in the shared pool, and a map waiting
+// there for threads of that same pool could wait for ever.
+template <class Batch>
+std::shared_ptr<Batch> makeFiles(const QList<Made>& made, const QDateTime& now, QThread* home)
 {
     static QThreadPool readers;
-    return QtConcurrent::blockingMapped(&readers, QList<QUrl>(urls.begin(), urls.end()),
-                                        [](const QUrl& url) { return TrayFile::read(url); });
+    auto batch = std::make_shared<Batch>();
+    const QList<TrayFile*> files = QtConcurrent::blockingMapped(&readers, made, [now, home](const Made& item) {
+        auto* file = new TrayFile(item.url, item.stackID, now, TrayFile::read(item.url));
+        file->record();
+        file->moveToThread(home);
+        return file;
+    });
+    batch->files.assign(files.begin(), files.end());
+    return batch;
 }
 
 bool isInside(const QString& path, const QString& folder)
@@ -51,6 +66,7 @@ Tray::Tray(Dependencies dependencies, QObject* parent)
     : QObject(parent)
     , m_deps(std::move(dependencies))
 {
+    m_writer = std::make_unique<TrayStateWriter>();
     connect(&m_referenceWatch, &QFileSystemWatcher::fileChanged, this, [this] { scheduleUpdateFiles(); });
     m_deps.sharing.onServiceChanged([this] { Q_EMIT sharingChanged(); });
     m_deps.previewer.onAvailabilityChanged([this] { Q_EMIT previewChanged(); });
@@ -136,19 +152,11 @@ void Tray::persist()
 {
     if (stateFile().isEmpty())
         return;
+    // The records are made with the files; encoding and writing happen beside the main thread.
     QJsonArray records;
-    for (const TrayFile* file : m_files) {
-        QJsonObject record{{QStringLiteral("url"), file->url().toString(QUrl::FullyEncoded)},
-                           {QStringLiteral("addedAt"), file->addedAt().toUTC().toString(Qt::ISODate)},
-                           {QStringLiteral("originalName"), file->name()}};
-        if (file->stackID())
-            record.insert(QStringLiteral("stackID"), file->stackID()->toString(QUuid::WithoutBraces).toUpper());
-        records.append(record);
-    }
-    QSaveFile out(stateFile());
-    if (!out.open(QIODevice::WriteOnly) || out.write(QJsonDocument(records).toJson(QJsonDocument::Compact)) < 0 ||
-        !out.commit())
-        trayLine(QStringLiteral("Failed to persist tray state: ") + out.errorString());
+    for (const TrayFile* file : m_files)
+        records.append(file->record());
+    m_writer->write(stateFile(), std::move(records));
 }
 
 namespace {
@@ -188,12 +196,15 @@ void Tray::loadPersistedFiles()
     // The load goes first in the queue of adds: nothing is saved until it is in, so the saved list
     // is never written over before it was read.
     m_adding = true;
+    // A loaded file takes the time of loading and its name from the disk.
+    const QDateTime now = m_deps.scheduler.clock().wallTime();
+    QThread* home = thread();
     auto* watcher = new QFutureWatcher<LoadResult>(this);
     connect(watcher, &QFutureWatcherBase::finished, this, [this, watcher] {
         watcher->deleteLater();
         finishLoad(watcher->result());
     });
-    watcher->setFuture(QtConcurrent::run([path] {
+    watcher->setFuture(QtConcurrent::run([path, now, home] {
         LoadResult result;
         QFile in(path);
         QJsonParseError parseError{};
@@ -209,6 +220,7 @@ void Tray::loadPersistedFiles()
             return result;
         }
         const QJsonArray records = document.array();
+        QList<Made> present;
         QStringList bad;
         for (qsizetype i = 0; i < records.size(); ++i) {
             if (const auto why = whyNotARecord(records[i])) {
@@ -222,8 +234,7 @@ void Tray::loadPersistedFiles()
                 continue;
             }
             const QJsonValue stack = object.value(QStringLiteral("stackID"));
-            result.urls.push_back(url);
-            result.stackIDs.push_back(stack.isUndefined() ? std::nullopt : std::optional(QUuid::fromString(stack.toString())));
+            present.append({url, stack.isUndefined() ? std::nullopt : std::optional(QUuid::fromString(stack.toString()))});
         }
         if (!bad.isEmpty()) {
             keepAside(path);
@@ -231,22 +242,27 @@ void Tray::loadPersistedFiles()
             trayLine(QStringLiteral("Failed to load tray state: left out %1, not a tray file (kept as %2.broken)")
                          .arg(bad.join(QStringLiteral(", ")), QFileInfo(path).fileName()));
         }
-        const QList<TrayFile::Contents> contents = readContents(result.urls);
-        result.contents.assign(contents.begin(), contents.end());
+        result.batch = makeFiles<Batch>(present, now, home);
         return result;
     }));
+}
+
+std::vector<TrayFile*> Tray::adopt(const std::shared_ptr<Batch>& batch)
+{
+    std::vector<TrayFile*> files;
+    if (!batch)
+        return files;
+    files = std::exchange(batch->files, {});
+    for (TrayFile* file : files)
+        file->setParent(this);
+    return files;
 }
 
 void Tray::finishLoad(const LoadResult& result)
 {
     if (m_shutDown)
         return;
-    // A loaded file takes the time of loading and its name from the disk.
-    const QDateTime now = m_deps.scheduler.clock().wallTime();
-    std::vector<TrayFile*> files;
-    files.reserve(result.urls.size() + m_files.size());
-    for (std::size_t i = 0; i < result.urls.size(); ++i)
-        files.push_back(new TrayFile(result.urls[i], result.stackIDs[i], now, result.contents[i], this));
+    std::vector<TrayFile*> files = adopt(result.batch);
     files.insert(files.end(), m_files.begin(), m_files.end());
     m_adding = false;
     // What could not be read is kept aside: the list is written again with what could.
@@ -261,26 +277,26 @@ void Tray::shutdown()
         return;
     m_pending.clear();
     m_progressTick.cancel();
-    if (!m_control || m_addWork.isFinished()) {
-        if (m_addWork.isValid() && m_addWork.isFinished() && m_adding)
-            finishAdd(m_addWork.result());
-        return;
+    if (m_control && !m_addWork.isFinished()) {
+        m_control->cancelled = true;
+        // A copy stops within one step of a few megabytes; a source that does not answer at all
+        // is left to the worker, which owns all it needs.
+        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(1);
+        while (!m_addWork.isFinished() && std::chrono::steady_clock::now() < deadline)
+            QThread::msleep(5);
     }
-    m_control->cancelled = true;
-    // A copy stops within one step of a few megabytes; a source that does not answer at all is
-    // left to the worker, which owns all it needs.
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(1);
-    while (!m_addWork.isFinished() && std::chrono::steady_clock::now() < deadline)
-        QThread::msleep(5);
-    if (m_addWork.isFinished())
+    // What was copied by then is taken in and saved; an add left to its worker is let go.
+    if (m_adding && m_control && m_addWork.isFinished())
         finishAdd(m_addWork.result());
+    m_adding = false;
+    m_writer->flush(1000);
 }
 
 // Adding -----------------------------------------------------------------------------------------
 
-QString Tray::freeDestination(const QString& name, const QSet<QString>& reserved) const
+QString Tray::freeDestination(const QString& trayFolder, const QString& name, const QSet<QString>& reserved)
 {
-    const QDir folder(m_trayFolder);
+    const QDir folder(trayFolder);
     const auto taken = [&](const QString& candidate) {
         const QString path = folder.filePath(candidate);
         return QFileInfo::exists(path) || QFileInfo(path).isSymLink() || reserved.contains(path);
@@ -328,25 +344,11 @@ void Tray::startNextAdd()
     m_pending.pop_front();
     ensureTrayFolder();
 
-    // Destinations are chosen here, one add at a time, so two adds never pick the same name.
-    struct Step {
-        QString source;
-        QString destination; // empty: the source itself is held
-    };
-    std::vector<Step> steps;
-    QSet<QString> reserved;
-    for (const QUrl& url : std::as_const(m_current.urls)) {
-        const QString path = QDir::cleanPath(QFileInfo(url.toLocalFile()).absoluteFilePath());
-        Step step{path, {}};
-        if (!m_trayFolder.isEmpty() && !heldByTheTray(path, m_trayFolder)) {
-            step.destination = freeDestination(TrayFile::fileName(QUrl::fromLocalFile(path)), reserved);
-            reserved.insert(step.destination);
-        }
-        steps.push_back(step);
-    }
 
     m_control = std::make_shared<CopyControl>();
     m_bytesToCopy = std::make_shared<std::atomic<qint64>>(0);
+    const QDateTime now = m_deps.scheduler.clock().wallTime();
+    QThread* home = thread();
     m_progressTick = m_deps.scheduler.schedule(secondsToDelay(progressDelay), [this] { progressTick(); });
 
     auto* watcher = new QFutureWatcher<AddResult>(this);
@@ -355,16 +357,34 @@ void Tray::startNextAdd()
         if (m_adding && !m_shutDown)
             finishAdd(watcher->result());
     });
-    m_addWork = QtConcurrent::run([steps, control = m_control, total = m_bytesToCopy]() {
+    m_addWork = QtConcurrent::run([urls = m_current.urls, trayFolder = m_trayFolder, control = m_control,
+                                   total = m_bytesToCopy, now, home]() {
+        // Destinations are chosen by the worker: adds run one at a time, so two never pick the
+        // same name, and the main thread never waits on the disk for them.
+        struct Step {
+            QString source;
+            QString destination; // empty: the source itself is held
+        };
+        std::vector<Step> steps;
+        QSet<QString> reserved;
+        for (const QUrl& url : urls) {
+            const QString path = QDir::cleanPath(QFileInfo(url.toLocalFile()).absoluteFilePath());
+            Step step{path, {}};
+            if (!trayFolder.isEmpty() && !heldByTheTray(path, trayFolder)) {
+                step.destination = freeDestination(trayFolder, TrayFile::fileName(QUrl::fromLocalFile(path)), reserved);
+                reserved.insert(step.destination);
+            }
+            steps.push_back(step);
+        }
         for (const Step& step : steps)
             if (!step.destination.isEmpty())
                 *total += itemSize(step.source);
-        AddResult result;
+        std::vector<QUrl> held;
         for (const Step& step : steps) {
             if (control->cancelled)
                 break;
             if (step.destination.isEmpty()) {
-                result.held.push_back(QUrl::fromLocalFile(step.source));
+                held.push_back(QUrl::fromLocalFile(step.source));
                 continue;
             }
             const QFileInfo info(step.source);
@@ -374,16 +394,19 @@ void Tray::startNextAdd()
             }
             const auto error = copyItem(step.source, step.destination, control.get());
             if (!error) {
-                result.held.push_back(QUrl::fromLocalFile(step.destination));
+                held.push_back(QUrl::fromLocalFile(step.destination));
             } else if (!control->cancelled) {
                 logLine(u"Tray", QStringLiteral("Failed to copy %1 into tray dir: %2. Using original reference.")
                                      .arg(info.fileName(), *error));
-                result.held.push_back(QUrl::fromLocalFile(step.source));
+                held.push_back(QUrl::fromLocalFile(step.source));
             }
         }
-        const QList<TrayFile::Contents> contents = readContents(result.held);
-        result.contents.assign(contents.begin(), contents.end());
-        return result;
+        // Several files added together are one stack.
+        const std::optional<QUuid> stackID = held.size() > 1 ? std::optional(QUuid::createUuid()) : std::nullopt;
+        QList<Made> made;
+        for (const QUrl& url : held)
+            made.append({url, stackID});
+        return AddResult{makeFiles<Batch>(made, now, home)};
     });
     watcher->setFuture(m_addWork);
 }
@@ -392,13 +415,10 @@ void Tray::finishAdd(const AddResult& result)
 {
     m_progressTick.cancel();
     setProgress(false, 0);
-    const std::vector<QUrl>& urls = result.held;
-    const std::optional<QUuid> stackID = urls.size() > 1 ? std::optional(QUuid::createUuid()) : std::nullopt;
-    const QDateTime now = m_deps.scheduler.clock().wallTime();
+    const std::vector<TrayFile*> added = adopt(result.batch);
     std::vector<TrayFile*> files = m_files;
-    for (std::size_t i = 0; i < urls.size(); ++i)
-        files.push_back(new TrayFile(urls[i], stackID, now, result.contents[i], this));
-    if (!urls.empty())
+    files.insert(files.end(), added.begin(), added.end());
+    if (!added.empty())
         setFiles(std::move(files));
     m_adding = false;
     m_control.reset();
@@ -406,8 +426,8 @@ void Tray::finishAdd(const AddResult& result)
     PendingAdd finished = std::exchange(m_current, {});
     finished.hold.reset();
     if (finished.done)
-        finished.done(static_cast<int>(urls.size()));
-    Q_EMIT filesAdded(static_cast<int>(urls.size()));
+        finished.done(static_cast<int>(added.size()));
+    Q_EMIT filesAdded(static_cast<int>(added.size()));
     startNextAdd();
 }
 

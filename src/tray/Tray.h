@@ -5,6 +5,7 @@
 #include "Pasteboard.h"
 #include "StagingArea.h"
 #include "TrayFile.h"
+#include "TrayStateWriter.h"
 
 #include "core/Scheduler.h"
 
@@ -91,8 +92,8 @@ public:
     const std::vector<TrayFile*>& selectedFiles() const { return m_selectedFiles; }
     const QString& trayFolder() const { return m_trayFolder; }
     QString stateFile() const;
-    // No files are being loaded or added.
-    bool isIdle() const { return !m_adding && m_pending.empty(); }
+    // No files are being loaded or added, and the saved list is on disk.
+    bool isIdle() const { return !m_adding && m_pending.empty() && !m_writer->busy(); }
 
     // Copies the files into the tray folder (numbering names that are taken) and appends them, in
     // order, once every copy is done; several files added together form one stack. Only regular
@@ -171,17 +172,21 @@ private:
     void setSelection(std::vector<TrayFile*> selection);
     void selectRange(int from, int to);
     int indexOf(const TrayFile* file) const;
+    // Files made beside the main thread and handed to it; those it never takes in go with it.
+    struct Batch {
+        std::vector<TrayFile*> files;
+        ~Batch() { qDeleteAll(files); }
+    };
     struct AddResult {
-        std::vector<QUrl> held;
-        std::vector<TrayFile::Contents> contents;
+        std::shared_ptr<Batch> batch;
     };
     struct LoadResult {
-        std::vector<QUrl> urls;
-        std::vector<std::optional<QUuid>> stackIDs;
-        std::vector<TrayFile::Contents> contents;
+        std::shared_ptr<Batch> batch;
         // Something could not be read: the list is saved again without it.
         bool rewrite = false;
     };
+    // Takes in what a worker made, at the end of the tray.
+    std::vector<TrayFile*> adopt(const std::shared_ptr<Batch>& batch);
     void startNextAdd();
     void finishAdd(const AddResult& result);
     void finishLoad(const LoadResult& result);
@@ -191,7 +196,7 @@ private:
     // Files held by reference, outside the tray folder, are each watched for renames and deletion.
     void watchReferences();
     void scheduleUpdateFiles();
-    QString freeDestination(const QString& name, const QSet<QString>& reserved) const;
+    static QString freeDestination(const QString& trayFolder, const QString& name, const QSet<QString>& reserved);
     std::optional<QUrl> findExistingFile(const QUrl& url) const;
     void writePasted(const QByteArray& data, const QString& extension, const QString& what,
                      std::function<void(int)> done);
@@ -222,6 +227,7 @@ private:
     bool m_adding = false;
     bool m_shutDown = false;
     QFuture<AddResult> m_addWork;
+    std::unique_ptr<TrayStateWriter> m_writer;
     std::shared_ptr<CopyControl> m_control;
     std::shared_ptr<std::atomic<qint64>> m_bytesToCopy;
     ScheduledTask m_progressTick;

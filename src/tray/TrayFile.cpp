@@ -154,8 +154,21 @@ bool TrayFile::updateFileName()
     return false;
 }
 
+const QJsonObject& TrayFile::record() const
+{
+    if (!m_record) {
+        m_record = QJsonObject{{QStringLiteral("url"), m_url.toString(QUrl::FullyEncoded)},
+                               {QStringLiteral("addedAt"), m_addedAt.toUTC().toString(Qt::ISODate)},
+                               {QStringLiteral("originalName"), m_name}};
+        if (m_stackID)
+            m_record->insert(QStringLiteral("stackID"), m_stackID->toString(QUuid::WithoutBraces).toUpper());
+    }
+    return *m_record;
+}
+
 void TrayFile::updateData(const QUrl& url)
 {
+    m_record.reset();
     m_url = QUrl::fromLocalFile(QDir::cleanPath(url.toLocalFile()));
     m_inode = inodeOf(path());
     m_name = fileName(m_url);

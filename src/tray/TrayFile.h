@@ -2,6 +2,7 @@
 
 #include <QDateTime>
 #include <QImage>
+#include <QJsonObject>
 #include <QObject>
 #include <QUrl>
 #include <QUuid>
@@ -48,6 +49,10 @@ public:
     const QString& iconName() const { return m_iconName; }
     const std::optional<quint64>& inode() const { return m_inode; }
 
+    // The file as the saved list records it: {url, addedAt, originalName, stackID}. Kept once made,
+    // until the file moves.
+    const QJsonObject& record() const;
+
     // Gives the file a new name in its own folder, keeping its extension. False (with one printed
     // line) when the file system refuses; the file is then as it was.
     bool rename(const QString& newName);
@@ -80,6 +85,7 @@ private:
     bool m_isImage = false;
     QImage m_image;
     QString m_iconName;
+    mutable std::optional<QJsonObject> m_record;
 };
 
 } // namespace kelvane

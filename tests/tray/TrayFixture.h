@@ -159,8 +159,12 @@ struct Shelf {
             names << file->name();
         return names;
     }
-    QJsonArray saved() const
+    // The saved list, once it is on disk (`wait`), or as it is now.
+    QJsonArray saved(bool wait = true) const
     {
+        if (wait) {
+            EXPECT_TRUE(waitUntil([&] { return tray->isIdle(); }));
+        }
         QFile file(tray->stateFile());
         file.open(QIODevice::ReadOnly);
         return QJsonDocument::fromJson(file.readAll()).array();
