@@ -372,12 +372,22 @@ void DropZone::setAvailableActions(const QList<Pipeline>& actions)
     Q_EMIT availableActionsChanged();
 }
 
+QString DropZone::labelOf(const Pipeline& pipeline) const
+{
+    // The sharing target is named after the service that will really send, where one runs.
+    const QString service = m_deps.sharing.serviceName();
+    return pipeline.id == QLatin1StringView("airdrop") && !service.isEmpty() ? service : pipeline.label;
+}
+
 QJsonObject DropZone::stateJson() const
 {
-    QJsonArray offered;
-    for (const Pipeline& pipeline : m_availableActions)
+    QJsonArray offered, labels;
+    for (const Pipeline& pipeline : m_availableActions) {
         offered.append(pipeline.id);
+        labels.append(labelOf(pipeline));
+    }
     return {{QStringLiteral("offered"), offered},
+            {QStringLiteral("labels"), labels},
             {QStringLiteral("hovered"), m_hoveredDropTargetID ? QJsonValue(*m_hoveredDropTargetID) : QJsonValue()},
             {QStringLiteral("suppressed"), m_dropsSuppressed}};
 }
@@ -387,7 +397,7 @@ QVariantList DropZone::availableActionsForView() const
     QVariantList list;
     for (const Pipeline& pipeline : m_availableActions)
         list.append(QVariantMap{{QStringLiteral("id"), pipeline.id},
-                                {QStringLiteral("label"), pipeline.label},
+                                {QStringLiteral("label"), labelOf(pipeline)},
                                 {QStringLiteral("icon"), pipeline.icon}});
     return list;
 }

@@ -102,7 +102,7 @@ public:
     const std::optional<QPointF>& droppingCoords() const { return m_droppingCoords; }
     const QHash<QString, QRectF>& targetsCoords() const { return m_targetsCoords; }
     bool exitTimerActive() const { return m_exitTimer.isActive(); }
-    // {offered: [pipeline ids], hovered: id or null, suppressed}, for scripts.
+    // {offered: [pipeline ids], labels: [as shown], hovered: id or null, suppressed}, for scripts.
     QJsonObject stateJson() const;
 
     bool dropsSuppressed() const { return m_dropsSuppressed; }
@@ -124,6 +124,7 @@ Q_SIGNALS:
 private:
     QVariantList availableActionsForView() const;
     QString hoveredForView() const { return m_hoveredDropTargetID.value_or(QString()); }
+    QString labelOf(const Pipeline& pipeline) const;
     bool hasDroppingCoords() const { return m_droppingCoords.has_value(); }
     QPointF droppingCoordsForView() const { return m_droppingCoords.value_or(QPointF()); }
     void setHovered(const std::optional<QString>& id);

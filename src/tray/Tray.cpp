@@ -314,12 +314,12 @@ QString Tray::freeDestination(const QString& trayFolder, const QString& name, co
     }
 }
 
-void Tray::addFilesFromURLs(const QList<QUrl>& urls, std::function<void(int)> done, std::shared_ptr<void> hold)
+void Tray::addFilesFromURLs(const QList<QUrl>& urls, std::function<void(int)> done, std::shared_ptr<StagedDrop> staged)
 {
     assertMainThread();
     if (m_shutDown)
         return;
-    m_pending.push_back({urls, std::move(done), std::move(hold)});
+    m_pending.push_back({urls, std::move(done), std::move(staged)});
     startNextAdd();
 }
 
@@ -422,9 +422,13 @@ void Tray::finishAdd(const AddResult& result)
         setFiles(std::move(files));
     m_adding = false;
     m_control.reset();
-    // What the add read from may go now.
+    // What the add read from may go now: the copies are in the tray folder.
     PendingAdd finished = std::exchange(m_current, {});
-    finished.hold.reset();
+    if (finished.staged && std::none_of(m_files.begin(), m_files.end(), [&](const TrayFile* file) {
+            return isInside(file->path(), finished.staged->folder());
+        }))
+        finished.staged->removeWhenReleased();
+    finished.staged.reset();
     if (finished.done)
         finished.done(static_cast<int>(added.size()));
     Q_EMIT filesAdded(static_cast<int>(added.size()));

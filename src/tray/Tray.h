@@ -98,9 +98,10 @@ public:
     // Copies the files into the tray folder (numbering names that are taken) and appends them, in
     // order, once every copy is done; several files added together form one stack. Only regular
     // files and folders are taken. `done` runs once they are in, with how many were added.
-    // `hold` is kept until then: what the add reads from (a drop's staged files) lives as long.
+    // `staged`, the drop the files come from, is kept until then, and goes once they are in
+    // unless the tray holds one of its files by reference.
     void addFilesFromURLs(const QList<QUrl>& urls, std::function<void(int)> done = {},
-                          std::shared_ptr<void> hold = nullptr);
+                          std::shared_ptr<StagedDrop> staged = nullptr);
     Q_INVOKABLE void addFiles(const QList<QUrl>& urls) { addFilesFromURLs(urls); }
     Q_INVOKABLE void removeFile(kelvane::TrayFile* file);
     Q_INVOKABLE void removeSelectedFiles();
@@ -219,7 +220,7 @@ private:
     struct PendingAdd {
         QList<QUrl> urls;
         std::function<void(int)> done;
-        std::shared_ptr<void> hold;
+        std::shared_ptr<StagedDrop> staged;
     };
     std::deque<PendingAdd> m_pending;
     PendingAdd m_current;

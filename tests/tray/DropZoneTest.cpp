@@ -86,6 +86,13 @@ TEST(DropZone, OffersPipelinesByTypeAndHitTestsTheShownTargets)
         for (const Pipeline& pipeline : zone.zone.availableActions())
             ids << pipeline.id;
         EXPECT_EQ(ids, offer.offered) << offer.types.join(",").toStdString();
+        // The sharing target carries the name of the service that will send, where one runs.
+        const bool serviceRuns = offer.types.contains(PasteboardType::plainText);
+        zone.sharing.service = serviceRuns ? "KDE Connect" : "";
+        QStringList labels;
+        for (const QJsonValue& label : zone.zone.stateJson()["labels"].toArray())
+            labels << label.toString();
+        EXPECT_EQ(labels, offer.offered.isEmpty() ? QStringList{} : QStringList{serviceRuns ? "KDE Connect" : "AirDrop"});
         EXPECT_EQ(zone.kelvane.mode(), Mode::dragging);
 
         const struct {
@@ -192,6 +199,9 @@ TEST(DropZone, StagedFilesOutliveEveryCleanupThatRacesTheirAdd)
     EXPECT_EQ(zone.contents(2), "zip");
     const QString shared = zone.sharing.shared.value(0).toLocalFile();
     EXPECT_EQ(zone.read(shared), "zip");
+    // The drops added to the tray are gone with their adds; the pipeline's waits for its service.
+    EXPECT_EQ(QDir(zone.stagingRoot()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
+              QStringList{QFileInfo(shared).dir().dirName()});
     zone.sharing.release();
     EXPECT_FALSE(QFileInfo::exists(shared));
     EXPECT_EQ(zone.read(users), "zip");

@@ -49,6 +49,8 @@ struct FakeSharing : SharingService, FilePreviewer {
     }
     void release() { if (const auto done = std::exchange(finished, nullptr)) done(); }
     void toggle(const QList<QUrl>& files) override { previewed = files; }
+    QString service;
+    QString serviceName() const override { return service; }
 };
 
 // Holds every worker of the process's thread pool until released: what the tray and the drop
