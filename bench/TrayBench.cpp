@@ -71,30 +71,46 @@ struct AddResult {
     bool showedProgress = false;
 };
 
-// Adds the files and runs the event loop until they are in, timing the gaps between 1 ms ticks.
-AddResult add(Tray& tray, const QStringList& paths)
+// Runs the event loop until `done` holds, timing the gaps between 1 ms ticks: the longest stall
+// of the main thread. `eachTick` looks at the tray meanwhile.
+double longestStall(const std::function<bool()>& done, const std::function<void()>& eachTick = {})
 {
-    QList<QUrl> urls;
-    for (const QString& path : paths)
-        urls.append(QUrl::fromLocalFile(path));
-    AddResult result;
+    double longest = 0;
     QEventLoop loop;
     QElapsedTimer gap;
     QTimer ticker;
     ticker.setTimerType(Qt::PreciseTimer);
     ticker.setInterval(1);
     QObject::connect(&ticker, &QTimer::timeout, [&] {
-        result.longestStallMs = std::max(result.longestStallMs, double(gap.nsecsElapsed()) / 1e6);
+        longest = std::max(longest, double(gap.nsecsElapsed()) / 1e6);
         gap.restart();
-        result.showedProgress = result.showedProgress || tray.showsProgress();
+        if (eachTick)
+            eachTick();
+        if (done())
+            loop.quit();
     });
-    QElapsedTimer clock;
-    clock.start();
     gap.start();
     ticker.start();
-    tray.addFilesFromURLs(urls, [&](int) { loop.quit(); });
     loop.exec();
-    result.seconds = double(clock.nsecsElapsed()) / 1e9;
+    return longest;
+}
+
+// Adds the files and runs the event loop until they are in.
+AddResult add(Tray& tray, const QStringList& paths)
+{
+    QList<QUrl> urls;
+    for (const QString& path : paths)
+        urls.append(QUrl::fromLocalFile(path));
+    AddResult result;
+    bool added = false;
+    QElapsedTimer clock;
+    clock.start();
+    tray.addFilesFromURLs(urls, [&](int) {
+        added = true;
+        result.seconds = double(clock.nsecsElapsed()) / 1e9;
+    });
+    result.longestStallMs = longestStall([&] { return added; },
+                                         [&] { result.showedProgress = result.showedProgress || tray.showsProgress(); });
     return result;
 }
 
@@ -108,28 +124,6 @@ struct Figures {
     double low() const { return *std::min_element(runs.begin(), runs.end()); }
     double high() const { return *std::max_element(runs.begin(), runs.end()); }
 };
-
-// Runs the event loop until the tray is idle, timing the gaps between 1 ms ticks: the longest
-// stall of the main thread.
-double longestStallUntilIdle(Tray& tray)
-{
-    double longest = 0;
-    QEventLoop loop;
-    QElapsedTimer gap;
-    QTimer ticker;
-    ticker.setTimerType(Qt::PreciseTimer);
-    ticker.setInterval(1);
-    QObject::connect(&ticker, &QTimer::timeout, [&] {
-        longest = std::max(longest, double(gap.nsecsElapsed()) / 1e6);
-        gap.restart();
-        if (tray.isIdle())
-            loop.quit();
-    });
-    gap.start();
-    ticker.start();
-    loop.exec();
-    return longest;
-}
 
 constexpr int runs = 5;
 
@@ -223,7 +217,7 @@ int main(int argc, char** argv)
         QElapsedTimer clock;
         clock.start();
         savedTray->loadPersistedFiles();
-        loadStall.runs.push_back(longestStallUntilIdle(*savedTray));
+        loadStall.runs.push_back(longestStall([&] { return savedTray->isIdle(); }));
         load.runs.push_back(double(clock.nsecsElapsed()) / 1e6);
         loaded = savedTray->count();
     }

@@ -18,6 +18,8 @@ public:
     void async(std::function<void()> task);
     // Runs `task` after everything queued before it and waits for it to finish.
     void sync(std::function<void()> task);
+    // Waits for everything queued to finish, or for the time to be up: false then.
+    bool waitForIdle(int milliseconds);
 
 private:
     QThreadPool m_pool;

@@ -49,6 +49,20 @@ public:
     virtual QList<std::shared_ptr<FilePromiseReceiver>> filePromiseReceivers() const { return {}; }
 };
 
+// One listener told when something changes; set to nothing, it is told nothing.
+class ChangeListener {
+public:
+    void set(std::function<void()> listener) { m_listener = std::move(listener); }
+    void notify() const
+    {
+        if (m_listener)
+            m_listener();
+    }
+
+private:
+    std::function<void()> m_listener;
+};
+
 // Hands files to the system's sharing service ("send via AirDrop" where there is AirDrop).
 class SharingService {
 public:
@@ -57,18 +71,8 @@ public:
     virtual void perform(const QList<QUrl>& files, std::function<void()> finished) = 0;
     // The service that will really send, as people know it ("KDE Connect"); empty while none runs.
     virtual QString serviceName() const { return {}; }
-    // Called whenever serviceName() changes.
-    void onServiceChanged(std::function<void()> changed) { m_serviceChanged = std::move(changed); }
-
-protected:
-    void serviceChanged()
-    {
-        if (m_serviceChanged)
-            m_serviceChanged();
-    }
-
-private:
-    std::function<void()> m_serviceChanged;
+    // Told whenever serviceName() changes.
+    ChangeListener serviceChanged;
 };
 
 // The desktop's own file previewer: opens a preview of these files, or closes the one that is open.
@@ -76,19 +80,9 @@ class FilePreviewer {
 public:
     virtual ~FilePreviewer() = default;
     virtual void toggle(const QList<QUrl>& files) = 0;
-    // A previewer runs; called back whenever that changes.
+    // A previewer runs; `availabilityChanged` is told whenever that changes.
     virtual bool isAvailable() const { return false; }
-    void onAvailabilityChanged(std::function<void()> changed) { m_availabilityChanged = std::move(changed); }
-
-protected:
-    void availabilityChanged()
-    {
-        if (m_availabilityChanged)
-            m_availabilityChanged();
-    }
-
-private:
-    std::function<void()> m_availabilityChanged;
+    ChangeListener availabilityChanged;
 };
 
 // Keeps the file URLs of `items` and hands them to the sharing service; with none, says so.

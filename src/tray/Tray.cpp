@@ -68,14 +68,14 @@ Tray::Tray(Dependencies dependencies, QObject* parent)
 {
     m_writer = std::make_unique<TrayStateWriter>();
     connect(&m_referenceWatch, &QFileSystemWatcher::fileChanged, this, [this] { scheduleUpdateFiles(); });
-    m_deps.sharing.onServiceChanged([this] { Q_EMIT sharingChanged(); });
-    m_deps.previewer.onAvailabilityChanged([this] { Q_EMIT previewChanged(); });
+    m_deps.sharing.serviceChanged.set([this] { Q_EMIT sharingChanged(); });
+    m_deps.previewer.availabilityChanged.set([this] { Q_EMIT previewChanged(); });
 }
 
 Tray::~Tray()
 {
-    m_deps.sharing.onServiceChanged(nullptr);
-    m_deps.previewer.onAvailabilityChanged(nullptr);
+    m_deps.sharing.serviceChanged.set(nullptr);
+    m_deps.previewer.availabilityChanged.set(nullptr);
     shutdown();
     m_folderMonitor.reset();
     qDeleteAll(m_files);

@@ -7,10 +7,6 @@
 
 namespace kelvane {
 
-TrayStateWriter::TrayStateWriter() { m_thread.setMaxThreadCount(1); }
-
-TrayStateWriter::~TrayStateWriter() { m_thread.waitForDone(); }
-
 void TrayStateWriter::write(const QString& path, QJsonArray records)
 {
     {
@@ -19,7 +15,7 @@ void TrayStateWriter::write(const QString& path, QJsonArray records)
         if (std::exchange(m_running, true))
             return;
     }
-    m_thread.start([this] { run(); });
+    m_thread.async([this] { run(); });
 }
 
 bool TrayStateWriter::busy() const
@@ -28,7 +24,7 @@ bool TrayStateWriter::busy() const
     return m_running;
 }
 
-bool TrayStateWriter::flush(int milliseconds) { return m_thread.waitForDone(milliseconds); }
+bool TrayStateWriter::flush(int milliseconds) { return m_thread.waitForIdle(milliseconds); }
 
 void TrayStateWriter::run()
 {

@@ -1,9 +1,10 @@
 #pragma once
 
+#include "core/SerialQueue.h"
+
 #include <QJsonArray>
 #include <QMutex>
 #include <QString>
-#include <QThreadPool>
 
 #include <optional>
 
@@ -14,12 +15,6 @@ namespace kelvane {
 // older one still waiting. Failures are one printed line.
 class TrayStateWriter {
 public:
-    TrayStateWriter();
-    // Waits for the write under way and the one waiting.
-    ~TrayStateWriter();
-    TrayStateWriter(const TrayStateWriter&) = delete;
-    TrayStateWriter& operator=(const TrayStateWriter&) = delete;
-
     void write(const QString& path, QJsonArray records);
     // A list is being written or waits to be.
     bool busy() const;
@@ -33,10 +28,11 @@ private:
     };
     void run();
 
-    QThreadPool m_thread;
     mutable QMutex m_mutex;
     std::optional<Job> m_next;
     bool m_running = false;
+    // Declared last, so that it is gone first: destroying it waits for the writes.
+    SerialQueue m_thread;
 };
 
 } // namespace kelvane

@@ -59,6 +59,38 @@ struct DragFromAnotherApp {
     }
 };
 
+// A temporary home with a temporary folder and a session bus of its own, for the agent to run in.
+struct DropDesktop {
+    TemporaryHome home;
+    SessionBus bus;
+    ScopedEnvironment env;
+    QString temporary = home.path() + "/tmp";
+    DropDesktop()
+    {
+        QDir().mkpath(temporary);
+        env.set("TMPDIR", temporary.toUtf8());
+    }
+};
+
+// Where the main screen's notch is, across.
+int notchCentre()
+{
+    const QJsonObject window = notch("M1")["window"].toObject();
+    return window["x"].toInt() + window["width"].toInt() / 2;
+}
+
+// Drags text from another application onto the notch's sharing target and lets go there.
+void shareText(const QString& text, int centre)
+{
+    DragFromAnotherApp drag({"--text", text});
+    drag.moveTo(centre, 8);
+    ASSERT_TRUE(waitUntil([] { return notch("M1")["mode"].toString() == "dragging"; }));
+    bool over = false;
+    for (int x = centre; x < centre + 400 && !over; x += 40)
+        over = drag.hover("airdrop", x, 90);
+    ASSERT_TRUE(over);
+    EXPECT_EQ(drag.release(), "copy");
+}
 } // namespace
 
 // Files and text dragged from another application open the notch into its drop area: on the tray
@@ -66,12 +98,8 @@ struct DragFromAnotherApp {
 // target they are offered to the sharing service, and a drag that strays away closes the area.
 TEST(DropAgent, DragsFromAnotherApplicationLandOnTheirTarget)
 {
-    TemporaryHome home;
-    SessionBus bus;
-    ScopedEnvironment env;
-    const QString temporary = home.path() + "/tmp";
-    QDir().mkpath(temporary);
-    env.set("TMPDIR", temporary.toUtf8());
+    DropDesktop desktop;
+    const QString& temporary = desktop.temporary;
     QFile file(temporary + "/clip.txt");
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));
     file.write("dragged words");
@@ -79,8 +107,7 @@ TEST(DropAgent, DragsFromAnotherApplicationLandOnTheirTarget)
 
     RunningAgent agent;
     ASSERT_TRUE(agent.waitForNotches(2));
-    const QJsonObject window = notch("M1")["window"].toObject();
-    const int centre = window["x"].toInt() + window["width"].toInt() / 2;
+    const int centre = notchCentre();
 
     {
         DragFromAnotherApp drag({"--files", file.fileName()});
@@ -97,16 +124,7 @@ TEST(DropAgent, DragsFromAnotherApplicationLandOnTheirTarget)
     ASSERT_TRUE(kept.open(QIODevice::ReadOnly));
     EXPECT_EQ(kept.readAll(), "dragged words");
 
-    {
-        DragFromAnotherApp drag({"--text", "pass it on"});
-        drag.moveTo(centre, 8);
-        ASSERT_TRUE(waitUntil([] { return notch("M1")["mode"].toString() == "dragging"; }));
-        bool over = false;
-        for (int x = centre; x < centre + 400 && !over; x += 40)
-            over = drag.hover("airdrop", x, 90);
-        ASSERT_TRUE(over);
-        EXPECT_EQ(drag.release(), "copy");
-    }
+    shareText("pass it on", centre);
     EXPECT_TRUE(waitUntil([&] { return agent.readOutput().contains("[Sharing] No sharing service is available"); }))
         << agent.output.toStdString();
     EXPECT_EQ(trayNames(), QStringList{"clip.txt"});
@@ -130,13 +148,10 @@ TEST(DropAgent, DragsFromAnotherApplicationLandOnTheirTarget)
 // and nothing outside the tray's own folders was moved or deleted.
 TEST(DropAgent, EveryFileArrivesWhileCleanupsRaceALargeCopy)
 {
-    TemporaryHome home;
-    SessionBus bus;
-    ScopedEnvironment env;
-    const QString temporary = home.path() + "/tmp";
-    QDir().mkpath(temporary);
+    DropDesktop desktop;
+    const QString& temporary = desktop.temporary;
+    const TemporaryHome& home = desktop.home;
     QDir().mkpath(home.path() + "/Documents");
-    env.set("TMPDIR", temporary.toUtf8());
     const auto write = [](const QString& path, const QByteArray& contents) {
         QFile file(path);
         EXPECT_TRUE(file.open(QIODevice::WriteOnly));
@@ -158,8 +173,7 @@ TEST(DropAgent, EveryFileArrivesWhileCleanupsRaceALargeCopy)
     RunningAgent agent;
     ASSERT_TRUE(agent.waitForNotches(2));
     ASSERT_EQ(ctl({"tray", "add", old}).status, 0);
-    const QJsonObject window = notch("M1")["window"].toObject();
-    const int centre = window["x"].toInt() + window["width"].toInt() / 2;
+    const int centre = notchCentre();
     const QString trayFolder = home.path() + "/.local/share/io.kelvane.Kelvane/TrayFiles";
 
     QProcess largeAdd;
@@ -174,16 +188,7 @@ TEST(DropAgent, EveryFileArrivesWhileCleanupsRaceALargeCopy)
     }
     ASSERT_EQ(ctl({"tray", "remove", "old.txt"}).status, 0);
     EXPECT_EQ(largeAdd.state(), QProcess::Running) << "the large copy ended before the race it is meant to cover";
-    {
-        DragFromAnotherApp drag({"--text", "pass it on"});
-        drag.moveTo(centre, 8);
-        ASSERT_TRUE(waitUntil([] { return notch("M1")["mode"].toString() == "dragging"; }));
-        bool over = false;
-        for (int x = centre; x < centre + 400 && !over; x += 40)
-            over = drag.hover("airdrop", x, 90);
-        ASSERT_TRUE(over);
-        EXPECT_EQ(drag.release(), "copy");
-    }
+    shareText("pass it on", centre);
     ASSERT_TRUE(largeAdd.waitForFinished(60000));
     EXPECT_EQ(largeAdd.exitCode(), 0) << largeAdd.readAllStandardError().toStdString();
     ASSERT_TRUE(waitUntil([] { return trayNames() == QStringList{"big.bin", "clip.txt"}; }, 20000))
@@ -209,16 +214,11 @@ TEST(DropAgent, EveryFileArrivesWhileCleanupsRaceALargeCopy)
 // that cannot write it leaves the tray as it was, with one line.
 TEST(DropAgent, PromisedFilesAreWrittenByTheirSourceAndKept)
 {
-    TemporaryHome home;
-    SessionBus bus;
-    ScopedEnvironment env;
-    const QString temporary = home.path() + "/tmp";
-    QDir().mkpath(temporary);
-    env.set("TMPDIR", temporary.toUtf8());
+    DropDesktop desktop;
+    const QString& temporary = desktop.temporary;
     RunningAgent agent;
     ASSERT_TRUE(agent.waitForNotches(2));
-    const QJsonObject window = notch("M1")["window"].toObject();
-    const int centre = window["x"].toInt() + window["width"].toInt() / 2;
+    const int centre = notchCentre();
 
     const struct {
         QStringList arguments;

@@ -110,7 +110,7 @@ TEST(DesktopSharing, SendsThroughTheServiceThatRunsAndKeepsTheFilesMeanwhile)
         const auto mock = c.start();
         auto sharing = std::make_unique<DesktopSharing>(QDBusConnection::connectToBus(bus.address(), c.name));
         int changes = 0;
-        sharing->onServiceChanged([&] { ++changes; });
+        sharing->serviceChanged.set([&] { ++changes; });
         EXPECT_TRUE(waitUntil([&] { return sharing->serviceName() == c.service; }, c.service.isEmpty() ? 200 : 5000)) << c.name;
         EXPECT_EQ(changes, c.service.isEmpty() ? 0 : 1) << c.name;
 
@@ -138,7 +138,7 @@ TEST(DesktopSharing, PreviewsInTheDesktopsPreviewerWhileItRuns)
     DesktopSharing sharing(QDBusConnection::connectToBus(bus.address(), "preview"));
     EXPECT_FALSE(sharing.isAvailable());
     int changes = 0;
-    sharing.onAvailabilityChanged([&] { ++changes; });
+    sharing.availabilityChanged.set([&] { ++changes; });
     {
         MockService previewer("org.gnome.NautilusPreviewer", "/org/gnome/NautilusPreviewer", "org.gnome.NautilusPreviewer");
         previewer.mock("/org/gnome/NautilusPreviewer", "AddMethod", {"sssss", "org.gnome.NautilusPreviewer", "ShowFile", "sib", "", ""});

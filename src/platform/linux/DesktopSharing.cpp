@@ -72,13 +72,13 @@ void DesktopSharing::follow(const QString& service, bool present)
 {
     if (service == previewer) {
         if (std::exchange(m_previewer, present) != present)
-            availabilityChanged();
+            availabilityChanged.notify();
         return;
     }
     const QString before = serviceName();
     (service == kdeConnect ? m_kdeConnect : m_gsConnect) = present;
     if (serviceName() != before)
-        serviceChanged();
+        serviceChanged.notify();
 }
 
 QString DesktopSharing::serviceName() const
