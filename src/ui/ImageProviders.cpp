@@ -3,6 +3,11 @@
 #include "media/MediaManager.h"
 #include "tray/Tray.h"
 
+#include <QFileInfo>
+#include <QUrl>
+
+#include <poppler-qt6.h>
+
 namespace kelvane {
 
 namespace {
@@ -46,6 +51,39 @@ QImage TrayImageProvider::requestImage(const QString& id, QSize* size, const QSi
             },
             QThread::currentThread() == m_tray->thread() ? Qt::DirectConnection : Qt::BlockingQueuedConnection);
     return answer(image, size, requestedSize);
+}
+
+PdfPageProvider::PdfPageProvider()
+    : QQuickImageProvider(QQuickImageProvider::Image)
+{
+}
+
+QImage PdfPageProvider::requestImage(const QString& id, QSize* size, const QSize& requestedSize)
+{
+    const QImage page = firstPage(QUrl(id).toLocalFile(), requestedSize);
+    if (size)
+        *size = page.size();
+    return page;
+}
+
+QImage PdfPageProvider::firstPage(const QString& path, const QSize& requestedSize)
+{
+    // Only a regular file is opened: a pipe named like a PDF would never answer.
+    if (!QFileInfo(path).isFile())
+        return {};
+    const std::unique_ptr<Poppler::Document> document = Poppler::Document::load(path);
+    if (!document || document->isLocked() || document->numPages() < 1)
+        return {};
+    const std::unique_ptr<Poppler::Page> page = document->page(0);
+    const QSizeF points = page ? page->pageSizeF() : QSizeF();
+    if (points.isEmpty())
+        return {};
+    document->setRenderHint(Poppler::Document::Antialiasing);
+    document->setRenderHint(Poppler::Document::TextAntialiasing);
+    const QSize fit = requestedSize.isValid() && !requestedSize.isEmpty() ? requestedSize : QSize(1024, 1024);
+    const QSizeF wanted = points.scaled(QSizeF(std::min(fit.width(), 1024), std::min(fit.height(), 1024)), Qt::KeepAspectRatio);
+    const double dpi = 72.0 * wanted.width() / points.width();
+    return page->renderToImage(dpi, dpi);
 }
 
 } // namespace kelvane

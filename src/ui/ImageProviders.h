@@ -29,4 +29,14 @@ private:
     QPointer<Tray> m_tray;
 };
 
+// "image://pdfpage/<file URL>": the first page of a PDF file, rendered to fit the size asked for
+// (at most 1024 points on its longer side). Asked for asynchronously, it renders beside the
+// notch; a file that is not a readable PDF gives a null image.
+class PdfPageProvider final : public QQuickImageProvider {
+public:
+    PdfPageProvider();
+    QImage requestImage(const QString& id, QSize* size, const QSize& requestedSize) override;
+    static QImage firstPage(const QString& path, const QSize& requestedSize);
+};
+
 } // namespace kelvane

@@ -68,6 +68,7 @@ void QuickNotchWindowFactory::setServices(QVariantMap services)
     if (auto* tray = qobject_cast<Tray*>(m_services.value(QStringLiteral("tray")).value<QObject*>())) {
         m_engine.removeImageProvider(QStringLiteral("tray"));
         m_engine.addImageProvider(QStringLiteral("tray"), new TrayImageProvider(tray));
+        m_engine.addImageProvider(QStringLiteral("pdfpage"), new PdfPageProvider);
     }
 }
 

@@ -112,7 +112,8 @@ FocusScope {
                 id: page
                 required property QtObject modelData
                 readonly property bool textual: modelData.iconName.startsWith("text-")
-                width: modelData.isImage ? height * 1.5 : (textual ? 220 : 140)
+                readonly property bool pdf: modelData.iconName === "application-pdf"
+                width: modelData.isImage ? height * 1.5 : (textual ? 220 : (pdf && pdfPage.status === Image.Ready ? pdfPage.paintedWidth + 8 : 140))
                 height: ListView.view.height
                 radius: 8
                 color: "#2c2c2e"
@@ -125,6 +126,18 @@ FocusScope {
                     sourceSize.height: 512
                     fillMode: Image.PreserveAspectFit
                     asynchronous: true
+                }
+                // A PDF's first page, drawn beside the notch.
+                Image {
+                    id: pdfPage
+                    anchors.fill: parent
+                    anchors.margins: 4
+                    visible: page.pdf && status === Image.Ready
+                    source: page.pdf ? "image://pdfpage/" + view.fileUri(page.modelData.path) : ""
+                    sourceSize.height: 512
+                    fillMode: Image.PreserveAspectFit
+                    asynchronous: true
+                    cache: false
                 }
                 Text {
                     anchors.fill: parent
@@ -139,7 +152,7 @@ FocusScope {
                 }
                 Column {
                     anchors.centerIn: parent
-                    visible: !page.modelData.isImage && !page.textual
+                    visible: !page.modelData.isImage && !page.textual && !pdfPage.visible
                     spacing: 6
                     Text {
                         anchors.horizontalCenter: parent.horizontalCenter
