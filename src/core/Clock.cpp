@@ -2,6 +2,8 @@
 
 #include <QTimeZone>
 
+#include <cmath>
+
 namespace kelvane {
 
 namespace {
@@ -17,9 +19,15 @@ double secondsSinceReferenceDate(const QDateTime& time)
     return static_cast<double>(referenceDate().msecsTo(time)) / 1000.0;
 }
 
-QDateTime dateFromReferenceSeconds(double seconds)
+std::optional<QDateTime> dateFromReferenceSeconds(double seconds)
 {
-    return referenceDate().addMSecs(static_cast<qint64>(seconds * 1000.0));
+    // Milliseconds must fit a 64-bit count before they are one: a cast of anything larger is no
+    // number at all.
+    constexpr double largest = 9.0e15;
+    if (!std::isfinite(seconds) || std::abs(seconds) > largest)
+        return std::nullopt;
+    const QDateTime date = referenceDate().addMSecs(static_cast<qint64>(seconds * 1000.0));
+    return date.isValid() ? std::optional(date) : std::nullopt;
 }
 
 } // namespace kelvane

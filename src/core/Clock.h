@@ -2,6 +2,8 @@
 
 #include <QDateTime>
 
+#include <optional>
+
 #include <chrono>
 
 namespace kelvane {
@@ -18,6 +20,8 @@ public:
 
 // Seconds since 2001-01-01 00:00:00 UTC, the reference date of stored timer dates.
 double secondsSinceReferenceDate(const QDateTime& time);
-QDateTime dateFromReferenceSeconds(double seconds);
+// Nothing for a number of seconds that no date can stand for (not finite, or beyond the range of
+// dates).
+std::optional<QDateTime> dateFromReferenceSeconds(double seconds);
 
 } // namespace kelvane

@@ -78,24 +78,24 @@ bool VolumeAndBrightnessListener::isRunning() const
 
 void VolumeAndBrightnessListener::setSideEffect(const QString& key, SideEffect effect)
 {
-    std::lock_guard guard(m_lock);
-    m_sideEffects.insert(key, std::move(effect));
+    auto effects = std::make_shared<SideEffects>(*m_sideEffects.load());
+    effects->insert(key, std::move(effect));
+    m_sideEffects.store(std::move(effects));
 }
 
 void VolumeAndBrightnessListener::removeSideEffect(const QString& key)
 {
-    std::lock_guard guard(m_lock);
-    m_sideEffects.remove(key);
+    auto effects = std::make_shared<SideEffects>(*m_sideEffects.load());
+    effects->remove(key);
+    m_sideEffects.store(std::move(effects));
 }
 
 void VolumeAndBrightnessListener::handle(MediaKey key, unsigned)
 {
-    QList<SideEffect> effects;
-    {
-        std::lock_guard guard(m_lock);
-        effects = m_sideEffects.values();
-    }
-    for (const SideEffect& effect : effects)
+    // The key thread takes no lock: a stop that holds the start-and-stop lock while it waits for
+    // this thread to end must never wait on it in turn.
+    const std::shared_ptr<const SideEffects> effects = m_sideEffects.load();
+    for (const SideEffect& effect : *effects)
         effect(key);
 }
 

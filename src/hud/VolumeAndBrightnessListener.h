@@ -8,6 +8,8 @@
 #include <QMetaObject>
 #include <QObject>
 
+#include <atomic>
+#include <memory>
 #include <mutex>
 
 namespace kelvane {
@@ -67,12 +69,17 @@ private:
     void scheduleSuppressionTick();
     void wokeUp(const QString& what);
 
+    using SideEffects = QHash<QString, SideEffect>;
+
     Dependencies m_deps;
+    // Serialises start and stop, and only them: stopping joins the key thread while holding it,
+    // so the key thread never waits on it.
     mutable std::mutex m_lock;
     std::unique_ptr<MediaKeyTap> m_mediaKeyTap;
     // The tap reports to this, so that the tap never outlives whom it reports to.
     std::shared_ptr<MediaKeyTapDelegate> m_tapDelegate;
-    QHash<QString, SideEffect> m_sideEffects;
+    // Replaced whole on the main thread, read by the key thread without waiting.
+    std::atomic<std::shared_ptr<const SideEffects>> m_sideEffects{std::make_shared<const SideEffects>()};
     std::function<void()> m_HUDCloseWorkItem;
     ScheduledTask m_HUDCloseTimer;
     std::vector<ScheduledTask> m_wakeSuppressions;

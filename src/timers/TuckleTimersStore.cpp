@@ -25,6 +25,13 @@ std::optional<QDateTime> fromStored(const std::optional<double>& seconds)
     return dateFromReferenceSeconds(*seconds);
 }
 
+// A stored date that no date can stand for makes its snapshot undecodable.
+bool datesDecode(const TimerSnapshot& snapshot)
+{
+    return (!snapshot.startedAt || dateFromReferenceSeconds(*snapshot.startedAt)) &&
+           (!snapshot.expiresAt || dateFromReferenceSeconds(*snapshot.expiresAt));
+}
+
 std::optional<double> toStored(const std::optional<QDateTime>& date)
 {
     if (!date)
@@ -196,7 +203,7 @@ void TuckleTimersStore::load()
     if (!document.isArray())
         return;
     const auto snapshots = json::decode<std::vector<TimerSnapshot>>(document.array());
-    if (!snapshots)
+    if (!snapshots || !std::all_of(snapshots->begin(), snapshots->end(), datesDecode))
         return;
     const QDateTime current = now();
     for (const TimerSnapshot& snapshot : *snapshots) {

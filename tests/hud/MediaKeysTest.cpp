@@ -5,6 +5,11 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <condition_variable>
+#include <cstdio>
+#include <thread>
+
 using namespace kelvane;
 using namespace std::chrono_literals;
 
@@ -240,4 +245,68 @@ TEST(LevelKeys, ChangesTheLevelOnceAndShowsWhatResults)
     keys(MediaKey::volumeDown);
     EXPECT_EQ(posted.size(), 4);
     EXPECT_EQ(log.lines(), QStringList{"[HUD] The volume indicator is not shown: no sound server"});
+}
+
+namespace {
+// A key stream on a thread of its own, as the X server's is: presses as fast as they come, and,
+// as from a queue that still holds some, one more while stop() waits for the thread to end.
+struct FloodingSource : KeyEventSource {
+    std::thread thread;
+    std::atomic<bool> stopping{false};
+    std::atomic<int> delivered{0};
+    bool start(std::function<KeyEvent(const KeyEvent&)> callback, QString*) override
+    {
+        thread = std::thread([this, callback] {
+            while (!stopping) {
+                callback(KeyEvent::media(1, true));
+                ++delivered;
+            }
+            callback(KeyEvent::media(1, true));
+        });
+        return true;
+    }
+    void stop() override
+    {
+        stopping = true;
+        thread.join();
+    }
+    void enable() override {}
+};
+} // namespace
+
+// Stopping while presses flood in, and while one is being handled, ends the key thread at once:
+// the thread never waits on the lock that start and stop hold.
+TEST(VolumeAndBrightnessListener, StopsWithinAMomentWhilePressesFloodIn)
+{
+    ManualScheduler scheduler;
+    FloodingSource source;
+    WakeEvents wake;
+    VolumeAndBrightnessListener listener{{scheduler, source, wake, [] { return false; },
+                                          [](std::function<void()> work) { work(); }, [] {}, [] {}}};
+    std::atomic<int> handled{0};
+    listener.setSideEffect("count", [&](MediaKey) { ++handled; });
+    listener.start();
+    while (source.delivered < 1000)
+        std::this_thread::yield();
+
+    // A stop that never returns cannot be failed from this thread: a watchdog ends the test.
+    std::mutex mutex;
+    std::condition_variable stopped;
+    bool done = false;
+    std::thread watchdog([&] {
+        std::unique_lock lock(mutex);
+        if (!stopped.wait_for(lock, std::chrono::seconds(5), [&] { return done; })) {
+            std::fprintf(stderr, "stop() did not return within 5 s: the key thread and stop wait on each other\n");
+            std::_Exit(1);
+        }
+    });
+    listener.stop();
+    {
+        std::lock_guard lock(mutex);
+        done = true;
+    }
+    stopped.notify_one();
+    watchdog.join();
+    EXPECT_FALSE(listener.isRunning());
+    EXPECT_GE(handled.load(), 1000);
 }

@@ -192,6 +192,15 @@ TEST(Timers, UnreadableSavedTimersLeaveAnEmptyList)
         "garbage", "{}", "[{\"id\":1}]", "[{\"id\":\"x\",\"label\":\"Tea\",\"totalSeconds\":5,\"remainingSeconds\":5}]",
         "[{\"id\":\"22F4A360-C1B9-44D8-BF8D-901510CD11F9\",\"label\":\"Tea\",\"totalSeconds\":5,"
         "\"remainingSeconds\":5,\"state\":\"boiling\"}]",
+        // Dates no date can stand for, written by hand: the entry does not decode.
+        "[{\"id\":\"22F4A360-C1B9-44D8-BF8D-901510CD11F9\",\"label\":\"Tea\",\"totalSeconds\":5,"
+        "\"remainingSeconds\":5,\"state\":\"running\",\"startedAt\":789300000,\"expiresAt\":1e300}]",
+        "[{\"id\":\"22F4A360-C1B9-44D8-BF8D-901510CD11F9\",\"label\":\"Tea\",\"totalSeconds\":5,"
+        "\"remainingSeconds\":5,\"state\":\"running\",\"startedAt\":-1e300,\"expiresAt\":789300030}]",
+        "[{\"id\":\"22F4A360-C1B9-44D8-BF8D-901510CD11F9\",\"label\":\"Tea\",\"totalSeconds\":5,"
+        "\"remainingSeconds\":5,\"state\":\"paused\",\"expiresAt\":1e17}]",
+        "[{\"id\":\"22F4A360-C1B9-44D8-BF8D-901510CD11F9\",\"label\":\"Tea\",\"totalSeconds\":5,"
+        "\"remainingSeconds\":5,\"state\":\"running\",\"expiresAt\":NaN}]",
     };
     for (const char* text : stored) {
         Timers t;

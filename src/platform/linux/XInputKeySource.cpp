@@ -83,6 +83,7 @@ bool XInputKeySource::start(std::function<KeyEvent(const KeyEvent&)> callback, Q
     }
     m_display = display;
     m_callback = std::move(callback);
+    m_stopping = false;
     m_thread = std::thread([this] { run(); });
     return true;
 }
@@ -91,6 +92,8 @@ void XInputKeySource::stop()
 {
     if (!m_display)
         return;
+    // Presses still queued are left: the thread ends after the one it is handling.
+    m_stopping = true;
     const char quit = 'q';
     [[maybe_unused]] const auto written = write(m_wakePipe[1], &quit, 1);
     m_thread.join();
@@ -110,7 +113,7 @@ void XInputKeySource::run()
 
     std::array<pollfd, 2> fds{{{ConnectionNumber(display), POLLIN, 0}, {m_wakePipe[0], POLLIN, 0}}};
     while (true) {
-        while (XPending(display) > 0) {
+        while (!m_stopping && XPending(display) > 0) {
             XEvent event;
             XNextEvent(display, &event);
             XGenericEventCookie* cookie = &event.xcookie;
@@ -130,7 +133,7 @@ void XInputKeySource::run()
         }
         if (poll(fds.data(), fds.size(), -1) < 0 && errno != EINTR)
             return;
-        if (fds[1].revents & POLLIN)
+        if ((fds[1].revents & POLLIN) || m_stopping)
             return;
     }
 }

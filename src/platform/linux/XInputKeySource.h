@@ -31,6 +31,7 @@ private:
     void* m_display = nullptr;
     std::function<KeyEvent(const KeyEvent&)> m_callback;
     std::thread m_thread;
+    std::atomic<bool> m_stopping{false};
     int m_wakePipe[2] = {-1, -1};
     int m_xiOpcode = 0;
 };
