@@ -282,12 +282,17 @@ std::optional<R> fromJsonText(const QString& text)
 
 namespace kelvane {
 
-// Base of the plain settings records: JSON coding from the record's field table, and equality.
+// Base of the plain settings records: JSON coding from the record's field table, and equality of
+// every field in that table (the base itself holds nothing to compare).
 template <class R>
 struct JsonRecord {
     QJsonObject toJson() const { return json::encodeRecord(static_cast<const R&>(*this)); }
     static std::optional<R> fromJson(const QJsonObject& object) { return json::decodeRecord<R>(object); }
-    bool operator==(const JsonRecord&) const = default;
+    friend bool operator==(const R& a, const R& b)
+    {
+        return std::apply([&](const auto&... fields) { return ((a.*(fields.member) == b.*(fields.member)) && ...); },
+                          R::fields());
+    }
 };
 
 } // namespace kelvane

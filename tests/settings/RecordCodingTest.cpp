@@ -125,3 +125,78 @@ TEST(RecordCoding, AdvancedGlassDefaultsMatchTheBasicControls)
     frosted.frost = 0.5;
     EXPECT_NE(LiquidGlassSettings::fromBasic(frosted).backdropBlurRadius, 0);
 }
+
+namespace {
+// Every way of changing a stored value by one step that keeps its shape: a flag flipped, a number
+// moved, one element or member of a list or object changed so.
+QList<QJsonValue> changesOf(const QJsonValue& value)
+{
+    QList<QJsonValue> changes;
+    if (value.isBool()) {
+        changes << QJsonValue(!value.toBool());
+    } else if (value.isDouble()) {
+        changes << QJsonValue(value.toDouble() + 1);
+    } else if (value.isArray()) {
+        const QJsonArray array = value.toArray();
+        for (qsizetype i = 0; i < array.size(); ++i)
+            for (const QJsonValue& changed : changesOf(array[i])) {
+                QJsonArray copy = array;
+                copy[i] = changed;
+                changes << QJsonValue(copy);
+            }
+    } else if (value.isObject()) {
+        const QJsonObject object = value.toObject();
+        for (const QString& key : object.keys())
+            for (const QJsonValue& changed : changesOf(object[key])) {
+                QJsonObject copy = object;
+                copy[key] = changed;
+                changes << QJsonValue(copy);
+            }
+    }
+    return changes;
+}
+
+// A record equals its own stored form read back, and differs from it as soon as any one field
+// that can be changed by a step differs: equality looks at the fields, not at nothing.
+template <class R>
+void expectEveryFieldCompared(const char* name)
+{
+    const R defaults{};
+    const QJsonObject stored = defaults.toJson();
+    ASSERT_EQ(R::fromJson(stored), defaults) << name;
+    int compared = 0;
+    for (const QString& key : stored.keys())
+        for (const QJsonValue& changed : changesOf(stored[key])) {
+            QJsonObject copy = stored;
+            copy[key] = changed;
+            const std::optional<R> decoded = R::fromJson(copy);
+            if (!decoded)
+                continue;
+            ++compared;
+            EXPECT_FALSE(*decoded == defaults) << name << " " << key.toStdString();
+        }
+    EXPECT_GT(compared, 0) << name;
+}
+} // namespace
+
+TEST(RecordCoding, RecordsCompareEveryField)
+{
+    expectEveryFieldCompared<TuckleGrid::Point>("Point");
+    expectEveryFieldCompared<TuckleGrid::Size>("Size");
+    expectEveryFieldCompared<GlassRGBA>("GlassRGBA");
+    expectEveryFieldCompared<GeneralSettings>("GeneralSettings");
+    expectEveryFieldCompared<GestureControlSettings>("GestureControlSettings");
+    expectEveryFieldCompared<TuckleSettings>("TuckleSettings");
+    expectEveryFieldCompared<LiquidBasicSettings>("LiquidBasicSettings");
+    expectEveryFieldCompared<LiquidGlassSettings>("LiquidGlassSettings");
+    expectEveryFieldCompared<MediaWidgetSettings>("MediaWidgetSettings");
+    expectEveryFieldCompared<CalendarWidgetSettings>("CalendarWidgetSettings");
+    expectEveryFieldCompared<ShortcutsWidgetSettings>("ShortcutsWidgetSettings");
+    expectEveryFieldCompared<NotesWidgetSettings>("NotesWidgetSettings");
+    expectEveryFieldCompared<TodoListWidgetSettings>("TodoListWidgetSettings");
+    expectEveryFieldCompared<TimerWidgetSettings>("TimerWidgetSettings");
+    expectEveryFieldCompared<LiveActivitiesSettings>("LiveActivitiesSettings");
+    expectEveryFieldCompared<MediaLiveActivitySettings>("MediaLiveActivitySettings");
+    expectEveryFieldCompared<CalendarLiveActivitySettings>("CalendarLiveActivitySettings");
+    expectEveryFieldCompared<BatteryLiveActivitySettings>("BatteryLiveActivitySettings");
+}
