@@ -265,10 +265,10 @@ QString ScriptingService::Media()
     return QString::fromUtf8(QJsonDocument(mediaState(*m_delegate->media())).toJson(QJsonDocument::Indented));
 }
 
-void ScriptingService::MediaCommand(const QString& command)
+void ScriptingService::MediaCommand(const QStringList& words)
 {
     if (ready())
-        failOn(performMediaCommand(*m_delegate->media(), command));
+        failOn(performMediaCommand(*m_delegate->media(), words));
 }
 
 void ScriptingService::Quit()

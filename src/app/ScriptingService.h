@@ -47,7 +47,7 @@ public Q_SLOTS:
     int TrayPaste();
     void TrayRemove(const QString& nameOrId);
     QString Media();
-    void MediaCommand(const QString& command);
+    void MediaCommand(const QStringList& words);
     void Quit();
 
 private:

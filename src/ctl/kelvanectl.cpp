@@ -40,7 +40,10 @@ Commands:
   tray remove NAME                   take a file out of the tray (its copy stays in the tray folder)
   tray paste                         paste the clipboard into the tray (files, else a picture, else text)
   media                              what is playing: track, isPlaying, currentElapsedTime, duration, sources
-  media play-pause|next|previous     send a playback command to the playing application
+  media play-pause|next|previous     send a playback command to the player whose track is shown
+  media pause-and-dismiss            pause it and take the media activity away
+  media pin SOURCE                   follow one source (its clientID, pid, identifier or name)
+  media unpin                        let the notch choose the source again
   quit                               end the agent and wait until it has ended
 )";
 
@@ -141,10 +144,10 @@ std::optional<Request> parse(QStringList args, QString& error)
         error = QStringLiteral("use tray add FILE..., list, remove NAME or paste.");
         return std::nullopt;
     }
-    if (command == QLatin1StringView("media") && expect(0, 1)) {
+    if (command == QLatin1StringView("media") && expect(0, 2)) {
         if (rest.isEmpty())
             return Request{QStringLiteral("Media"), {}};
-        return Request{QStringLiteral("MediaCommand"), {rest.at(0)}};
+        return Request{QStringLiteral("MediaCommand"), {rest}};
     }
     if (command == QLatin1StringView("settings") && expect(1, 3)) {
         const QString action = rest.at(0);

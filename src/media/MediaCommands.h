@@ -13,8 +13,8 @@ class MediaManager;
 // currentElapsedTime and duration in seconds, the sources, the active source and the preferred one.
 QJsonObject mediaState(const MediaManager& media);
 
-// A playback command by its script name ("play-pause", "next", "previous"); an error message for
-// the user when there is no such command.
-std::optional<QString> performMediaCommand(MediaManager& media, const QString& command);
+// A media command by its script words ("play-pause", "next", "previous", "pause-and-dismiss",
+// "pin SOURCE", "unpin"); an error message for the user when there is no such command or source.
+std::optional<QString> performMediaCommand(MediaManager& media, const QStringList& words);
 
 } // namespace kelvane

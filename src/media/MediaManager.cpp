@@ -31,6 +31,7 @@ MediaManager::MediaManager(Dependencies dependencies, QObject* parent)
 {
     m_elapsedTimeAnchor = m_deps.scheduler.clock().monotonic();
     m_preferredMediaSource = m_generalSettings->preferredMediaSource;
+    connectViews();
     loadMediaRemote();
     installEnvironmentObservers();
     reconfigureMediaController();
@@ -40,12 +41,21 @@ MediaManager::~MediaManager()
 {
     m_deps.environment.onApplicationLaunched = nullptr;
     m_deps.environment.onWake = nullptr;
+    m_deps.environment.onClientsChanged = nullptr;
     if (m_mediaController) {
         m_mediaController->onTrackInfoReceived = nullptr;
         m_mediaController->onListenerTerminated = nullptr;
         m_mediaController->stop();
     }
     m_deps.timers.removeTimer(QString::fromLatin1(pauseDismissTimerKey));
+}
+
+void MediaManager::connectViews()
+{
+    // What the switcher shows follows the sources, the pin and the shown track.
+    for (const auto signal : {&MediaManager::nowPlayingSourcesChanged, &MediaManager::userPinnedClientIDChanged,
+                              &MediaManager::trackChanged})
+        connect(this, signal, this, &MediaManager::sourcesForViewsChanged);
 }
 
 double MediaManager::nowSeconds() const { return seconds(m_deps.scheduler.clock().monotonic()); }
@@ -70,11 +80,14 @@ void MediaManager::installEnvironmentObservers()
     m_deps.environment.onWake = [this] { scheduleEnvironmentRecovery(); };
     // A player that starts may be the one to follow; the listener looks again either way.
     m_deps.environment.onApplicationLaunched = [this](const QString&) { scheduleEnvironmentRecovery(); };
+    m_deps.environment.onClientsChanged = [this] { refreshNowPlayingClients(); };
 }
 
 double MediaManager::currentElapsedTime() const
 {
-    if (!m_isPlaying)
+    // The time moves as the player was moving when it told it, which a play state still held
+    // back by the throttle may not show yet.
+    if (!m_elapsedTimeMoving)
         return m_elapsedTime;
     const double current = m_elapsedTime + seconds(m_deps.scheduler.clock().monotonic() - m_elapsedTimeAnchor);
     return m_duration ? std::min(current, *m_duration) : current;
@@ -82,27 +95,54 @@ double MediaManager::currentElapsedTime() const
 
 std::optional<NowPlayingSource> MediaManager::activeSource() const
 {
-    const auto withIdentifier = [&](const QString& id) -> std::optional<NowPlayingSource> {
+    const auto withClient = [&](const QString& id) -> std::optional<NowPlayingSource> {
         const auto it = std::find_if(m_nowPlayingSources.begin(), m_nowPlayingSources.end(),
-                                     [&](const NowPlayingSource& s) { return s.bundleIdentifier == id; });
+                                     [&](const NowPlayingSource& s) { return s.clientID == id; });
         return it == m_nowPlayingSources.end() ? std::nullopt : std::optional(*it);
     };
     if (m_userPinnedClientID)
-        return withIdentifier(*m_userPinnedClientID);
-    if (auto playing = withIdentifier(m_track.appBundleId))
+        return withClient(*m_userPinnedClientID);
+    if (auto playing = withClient(trackClient()))
         return playing;
     if (!m_nowPlayingSources.empty())
         return m_nowPlayingSources.front();
     return std::nullopt;
 }
 
-void MediaManager::setUserPinnedClientID(std::optional<QString> bundleIdentifier)
+void MediaManager::setUserPinnedClientID(std::optional<QString> clientID)
 {
-    if (bundleIdentifier == m_userPinnedClientID)
+    if (clientID == m_userPinnedClientID)
         return;
-    m_userPinnedClientID = std::move(bundleIdentifier);
+    m_userPinnedClientID = std::move(clientID);
+    if (m_mediaController)
+        m_mediaController->setPinnedClient(pinnedClient());
     Q_EMIT userPinnedClientIDChanged();
 }
+
+std::optional<QString> MediaManager::pinnedClient() const
+{
+    return m_userPinnedClientID ? m_userPinnedClientID : bundleIdentifier(m_preferredMediaSource);
+}
+
+void MediaManager::pinSource(const QString& clientID)
+{
+    setUserPinnedClientID(clientID.isEmpty() ? std::nullopt : std::optional(clientID));
+}
+
+QVariantList MediaManager::sourcesForViews() const
+{
+    const auto active = activeSource();
+    QVariantList sources;
+    for (const NowPlayingSource& source : m_nowPlayingSources)
+        sources.append(QVariantMap{{QStringLiteral("clientID"), source.clientID},
+                                   {QStringLiteral("displayName"), source.displayName},
+                                   {QStringLiteral("pid"), source.pid ? QVariant(*source.pid) : QVariant()},
+                                   {QStringLiteral("active"), active && active->clientID == source.clientID},
+                                   {QStringLiteral("pinned"), m_userPinnedClientID == source.clientID}});
+    return sources;
+}
+
+QString MediaManager::trackClient() const { return m_track.mediaApp.value_or(m_track.appBundleId); }
 
 void MediaManager::reconfigureMediaController()
 {
@@ -136,6 +176,7 @@ void MediaManager::startFreshMediaController(bool resetState, bool resetRecovery
         resetData();
         scheduleListenerRecovery(generation);
     };
+    m_mediaController->setPinnedClient(pinnedClient());
     m_mediaController->startListening();
 }
 
@@ -181,7 +222,7 @@ void MediaManager::onTrackInfoReceived(int generation, const TrackInfo& info)
                     ? std::optional(*payload.durationMicros / 1'000'000.0)
                     : std::nullopt);
     if (payload.elapsedTimeMicros)
-        setElapsedTime(*payload.elapsedTimeMicros / 1'000'000.0);
+        setElapsedTime(*payload.elapsedTimeMicros / 1'000'000.0, payload.isPlaying.value_or(m_isPlaying));
     throttledTrackUpdate(info);
     refreshNowPlayingClients();
 }
@@ -226,7 +267,10 @@ void MediaManager::handleTrackInfoUpdate(const TrackInfo& info)
     track.loved = payload.loved;
     track.albumArt = payload.artwork;
     track.appBundleId = payload.bundleIdentifier.value_or(QString());
-    if (!track.appBundleId.isEmpty())
+    // The player is this running instance of the application, when the record tells it.
+    if (payload.clientID && !payload.clientID->isEmpty())
+        track.mediaApp = payload.clientID;
+    else if (!track.appBundleId.isEmpty())
         track.mediaApp = track.appBundleId;
     track.browserBundleId = BrowserType::getBrowserBundleId(track.appBundleId);
 
@@ -255,9 +299,13 @@ void MediaManager::setIsPlaying(bool playing)
 {
     if (playing == m_isPlaying)
         return;
-    // The elapsed time moves on from the moment the state changes.
-    m_elapsedTime = currentElapsedTime();
-    m_elapsedTimeAnchor = m_deps.scheduler.clock().monotonic();
+    // The elapsed time moves on from the moment the state changes, unless the player already said
+    // where it is in that state.
+    if (m_elapsedTimeMoving != playing) {
+        m_elapsedTime = currentElapsedTime();
+        m_elapsedTimeAnchor = m_deps.scheduler.clock().monotonic();
+        m_elapsedTimeMoving = playing;
+    }
     m_isPlaying = playing;
     const QString key = QString::fromLatin1(pauseDismissTimerKey);
     if (playing) {
@@ -269,10 +317,11 @@ void MediaManager::setIsPlaying(bool playing)
     Q_EMIT isPlayingChanged();
 }
 
-void MediaManager::setElapsedTime(double seconds)
+void MediaManager::setElapsedTime(double seconds, std::optional<bool> moving)
 {
     m_elapsedTime = seconds;
     m_elapsedTimeAnchor = m_deps.scheduler.clock().monotonic();
+    m_elapsedTimeMoving = moving.value_or(m_isPlaying);
     Q_EMIT elapsedTimeChanged();
 }
 
@@ -338,13 +387,15 @@ void MediaManager::refreshNowPlayingClients()
         const QString id = m_functions.clientBundleID(client);
         if (id.isEmpty())
             continue;
-        sources.push_back({id, m_functions.clientName(client), m_functions.clientPID(client)});
+        const QString clientID = m_functions.clientID ? m_functions.clientID(client) : QString();
+        sources.push_back({id, m_functions.clientName(client), m_functions.clientPID(client),
+                           clientID.isEmpty() ? id : clientID});
     }
     setNowPlayingSources(std::move(sources));
     // A pinned source that stopped publishing is let go.
     if (m_userPinnedClientID &&
         std::none_of(m_nowPlayingSources.begin(), m_nowPlayingSources.end(),
-                     [&](const NowPlayingSource& s) { return s.bundleIdentifier == *m_userPinnedClientID; }))
+                     [&](const NowPlayingSource& s) { return s.clientID == *m_userPinnedClientID; }))
         setUserPinnedClientID(std::nullopt);
 }
 
@@ -365,8 +416,9 @@ void MediaManager::sendCommand(MediaCommand command, const QString& scriptAction
         runAppleScript(QStringLiteral("tell application %1 to %2").arg(quoted(*player), scriptAction));
         return;
     }
-    if (!m_track.appBundleId.isEmpty() && m_functions.sendCommandToApp &&
-        m_functions.sendCommandToApp(command, m_track.appBundleId))
+    // To the instance whose track is shown.
+    if (const QString client = trackClient();
+        !client.isEmpty() && m_functions.sendCommandToApp && m_functions.sendCommandToApp(command, client))
         return;
     if (m_functions.sendCommand && m_functions.sendCommand(command))
         return;
@@ -394,9 +446,9 @@ void MediaManager::pauseAndDismiss()
 void MediaManager::openApp()
 {
     if (const auto source = activeSource())
-        m_deps.environment.activateApplication(source->bundleIdentifier);
-    else if (!m_track.appBundleId.isEmpty())
-        m_deps.environment.activateApplication(m_track.appBundleId);
+        m_deps.environment.activateApplication(source->clientID);
+    else if (!trackClient().isEmpty())
+        m_deps.environment.activateApplication(trackClient());
 }
 
 void MediaManager::seek(double seconds)

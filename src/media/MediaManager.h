@@ -34,6 +34,9 @@ class MediaManager : public QObject {
     Q_PROPERTY(bool isPlaying READ isPlaying NOTIFY isPlayingChanged)
     // Seconds; 0 while unknown.
     Q_PROPERTY(double duration READ durationSeconds NOTIFY durationChanged)
+    // The sources for the source switcher: clientID, displayName, pid, and whether each is the
+    // active one and the pinned one.
+    Q_PROPERTY(QVariantList sources READ sourcesForViews NOTIFY sourcesForViewsChanged)
 public:
     static constexpr double trackUpdateInterval = 1.0;
     static constexpr double appCheckInterval = 10.0;
@@ -70,10 +73,15 @@ public:
     // The elapsed time now: moved on since the last report while playing, never past the duration.
     Q_INVOKABLE double currentElapsedTime() const;
     const std::vector<NowPlayingSource>& nowPlayingSources() const { return m_nowPlayingSources; }
-    // The pinned source, else the one playing the track, else the first.
+    QVariantList sourcesForViews() const;
+    // The pinned source, else the instance playing the track, else the first.
     std::optional<NowPlayingSource> activeSource() const;
+    // The source the user chose to follow, by its client identifier; the listener follows it
+    // whenever it publishes.
     const std::optional<QString>& userPinnedClientID() const { return m_userPinnedClientID; }
-    void setUserPinnedClientID(std::optional<QString> bundleIdentifier);
+    void setUserPinnedClientID(std::optional<QString> clientID);
+    // The source switcher's choice: a client to follow, or none (empty) to let the notch choose.
+    Q_INVOKABLE void pinSource(const QString& clientID);
     bool mrFunctionsAvailable() const { return m_mrFunctionsAvailable; }
     MediaSource preferredMediaSource() const { return m_preferredMediaSource; }
     int listenerGeneration() const { return m_listenerGeneration; }
@@ -108,8 +116,10 @@ Q_SIGNALS:
     void durationChanged();
     void nowPlayingSourcesChanged();
     void userPinnedClientIDChanged();
+    void sourcesForViewsChanged();
 
 private:
+    void connectViews();
     void loadMediaRemote();
     void installEnvironmentObservers();
     void onTrackInfoReceived(int generation, const TrackInfo& info);
@@ -117,7 +127,8 @@ private:
     void handleTrackInfoUpdate(const TrackInfo& info);
     void setTrack(const Track& track);
     void setIsPlaying(bool playing);
-    void setElapsedTime(double seconds);
+    // Moving: whether the player was playing at that time; the shown state when unknown.
+    void setElapsedTime(double seconds, std::optional<bool> moving = std::nullopt);
     void setDuration(std::optional<double> seconds);
     void setNowPlayingSources(std::vector<NowPlayingSource> sources);
     void updateLiveActivities();
@@ -126,10 +137,16 @@ private:
     bool resetIfNeeded();
     void sendCommand(MediaCommand command, const QString& scriptAction);
     double nowSeconds() const;
+    // The client the listener must follow first: the user's choice, else the preferred player.
+    std::optional<QString> pinnedClient() const;
+    // The running instance whose track is shown; empty when unknown.
+    QString trackClient() const;
 
     Dependencies m_deps;
     double m_elapsedTime = 0;
     std::chrono::nanoseconds m_elapsedTimeAnchor{};
+    // Whether the elapsed time moves on from its anchor: the player's own state when it was told.
+    bool m_elapsedTimeMoving = false;
     std::optional<double> m_duration;
     std::vector<NowPlayingSource> m_nowPlayingSources;
     std::optional<QString> m_userPinnedClientID;

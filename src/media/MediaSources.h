@@ -14,6 +14,9 @@ struct NowPlayingSource {
     QString bundleIdentifier;
     QString displayName;
     std::optional<qint32> pid;
+    // This one running instance of the application, told apart from its other instances (two
+    // windows of one player publish under one application identifier).
+    QString clientID;
     bool operator==(const NowPlayingSource&) const = default;
 };
 

@@ -85,7 +85,8 @@ TEST(MediaAgent, FollowsARealPlayerThroughPauseCrashAndReplacement)
 
     const Result unknown = ctl({"media", "louder"});
     EXPECT_EQ(unknown.status, 1);
-    EXPECT_EQ(unknown.err, "kelvanectl: Unknown media command \"louder\": use play-pause, next or previous.\n");
+    EXPECT_EQ(unknown.err, "kelvanectl: Unknown media command \"louder\": use play-pause, next, previous, "
+                           "pause-and-dismiss, pin SOURCE or unpin.\n");
 
     player.reset();
     EXPECT_TRUE(waitUntil([] { return media()["track"].isNull(); }, 5000));

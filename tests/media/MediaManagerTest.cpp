@@ -14,7 +14,9 @@ using namespace std::chrono_literals;
 namespace {
 struct FakeController : NowPlayingController {
     std::vector<MediaCommand> sent;
+    std::optional<QString> pinned;
     void startListening() override {}
+    void setPinnedClient(const std::optional<QString>& client) override { pinned = client; }
     void stop() override {}
     void send(MediaCommand command) override { sent.push_back(command); }
 };
@@ -35,8 +37,9 @@ struct FakeEnvironment : MediaEnvironment {
         ++controllersMade;
         return made;
     }
+    QStringList activated;
     bool isApplicationRunning(const QString& name) override { return running.contains(name); }
-    void activateApplication(const QString&) override {}
+    void activateApplication(const QString& client) override { activated << client; }
     std::optional<QString> runScript(const QString& script) override
     {
         scripts << script;
@@ -78,6 +81,7 @@ struct Media {
         environment.functions->getClients = [this] { return clients; };
         environment.functions->clientBundleID = [](const QVariant& c) { return c.toStringList().value(0); };
         environment.functions->clientName = [](const QVariant& c) { return c.toStringList().value(1); };
+        environment.functions->clientID = [](const QVariant& c) { return c.toStringList().value(2); };
         environment.functions->clientPID = [](const QVariant&) { return std::optional<qint32>(42); };
         environment.functions->setElapsedTime = [](double) { return true; };
         if (setUp)
@@ -316,4 +320,77 @@ TEST(MediaManager, SaysWhatTheSystemLacks)
         EXPECT_EQ(log.lines(), c.lines);
         EXPECT_EQ(m.manager->mrFunctionsAvailable(), c.multiSource);
     }
+}
+
+// Two instances of one player: what is shown, what is active, where commands and the raise go
+// and which instance the listener is told to follow are all that one instance, by its client.
+TEST(MediaManager, SpeaksToTheInstanceWhoseTrackIsShown)
+{
+    std::vector<QString> route;
+    Media m(MediaSource::systemWide, [&](FakeEnvironment& e) {
+        e.functions->sendCommandToApp = [&](MediaCommand command, const QString& client) {
+            route.push_back(QString("%1 %2").arg(client).arg(int(command)));
+            return true;
+        };
+    });
+    m.clients = {QStringList{"mpv", "mpv", ":first"}, QStringList{"mpv", "mpv", ":second"}};
+    m.environment.onClientsChanged();
+    ASSERT_EQ(m.manager->nowPlayingSources().size(), 2u);
+    EXPECT_EQ(m.manager->activeSource()->clientID, ":first");
+
+    TrackInfo second = record("Second", "mpv");
+    second.payload->clientID = ":second";
+    m.deliver(second);
+    EXPECT_EQ(m.manager->activeSource()->clientID, ":second");
+    m.manager->togglePlayPause();
+    m.manager->pauseAndDismiss();
+    m.manager->openApp();
+    EXPECT_EQ(route, (std::vector<QString>{":second 2", ":second 1"}));
+    EXPECT_EQ(m.environment.activated, QStringList{":second"});
+
+    // The user's pin goes to the listener, which follows it; letting go gives the choice back,
+    // and the preferred player stands in for a pin.
+    EXPECT_EQ(m.environment.controller->pinned, std::nullopt);
+    m.manager->pinSource(":first");
+    EXPECT_EQ(m.manager->activeSource()->clientID, ":first");
+    EXPECT_EQ(m.environment.controller->pinned, ":first");
+    m.manager->pinSource("");
+    EXPECT_EQ(m.environment.controller->pinned, std::nullopt);
+    Media spotify(MediaSource::spotify);
+    EXPECT_EQ(spotify.environment.controller->pinned, "com.spotify.client");
+}
+
+// The play state reaches the manager up to a second after the position, through the throttle:
+// the shown time follows the position as the player told it, and a pause or a play leaves it
+// where the player is.
+TEST(MediaManager, ElapsedTimeStaysWithThePlayerAcrossPauseAndPlay)
+{
+    Media m;
+    const auto at = [](double seconds, bool playing) {
+        TrackInfo info = record("Song", "vlc", playing);
+        info.payload->elapsedTimeMicros = seconds * 1e6;
+        return info;
+    };
+    m.deliver(at(10, true));
+    const struct {
+        std::chrono::milliseconds step;
+        std::optional<TrackInfo> told;
+        double shown;
+    } steps[] = {
+        {300ms, at(10.3, false), 10.3}, // paused; the state waits for the throttle
+        {400ms, std::nullopt, 10.3},
+        {300ms, std::nullopt, 10.3}, // the throttle lets the pause through
+        {5s, std::nullopt, 10.3},
+        {0ms, at(10.3, true), 10.3}, // played again at once, handled at once
+        {200ms, at(10.5, false), 10.5},
+        {100ms, at(10.5, true), 10.5},
+        {2s, std::nullopt, 12.5},
+    };
+    for (const auto& s : steps) {
+        m.scheduler.advance(s.step);
+        if (s.told)
+            m.deliver(*s.told);
+        EXPECT_NEAR(m.manager->currentElapsedTime(), s.shown, 1e-9) << m.scheduler.clock().monotonic().count();
+    }
+    EXPECT_TRUE(m.manager->isPlaying());
 }

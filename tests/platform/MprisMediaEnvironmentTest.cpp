@@ -5,6 +5,7 @@
 
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
+#include <QElapsedTimer>
 #include <QImage>
 #include <QProcess>
 #include <QTemporaryDir>
@@ -13,6 +14,8 @@
 #include <gtest/gtest.h>
 
 #include <set>
+
+#include <csignal>
 
 using namespace kelvane;
 using kelvane::test::SessionBus;
@@ -36,10 +39,15 @@ struct TestPlayer {
     }
     bool wasCalled(const QString& method)
     {
-        return waitUntil([&] {
-            output += QString::fromUtf8(process.readAllStandardOutput());
-            return output.split('\n').contains(method);
-        });
+        return waitUntil([&] { return calls().contains(method); });
+    }
+    // The player methods called so far, property reads left out.
+    QStringList calls()
+    {
+        output += QString::fromUtf8(process.readAllStandardOutput());
+        QStringList methods = output.split('\n', Qt::SkipEmptyParts);
+        methods.removeIf([](const QString& m) { return m == "Get" || m == "GetAll"; });
+        return methods;
     }
 };
 
@@ -141,4 +149,62 @@ TEST(MprisMediaEnvironment, FollowsCommandsAndWatchesRealPlayersOnTheBus)
                                               "PrepareForSleep")
                    << goingToSleep);
     EXPECT_TRUE(waitUntil([&] { return wakes == 2; }));
+}
+
+// Two instances of one application on the bus: the listener follows the one that came to its
+// state last and chooses again whenever any player changes (a paused instance gives way to the
+// other that still plays), commands, seeks and the system's commands reach the followed instance
+// alone, a pin is followed whenever that player is there, and asking whether a player runs does
+// not wait on the bus.
+TEST(MprisMediaEnvironment, ChoosesAndCommandsOneInstanceAmongTwins)
+{
+    SessionBus bus;
+    TestPlayer first({"twin", "--identity", "Twin", "--desktop-entry", "twin", "--title", "One"});
+    MprisMediaEnvironment environment(QDBusConnection::sessionBus(), QDBusConnection(QString()));
+    Listener listener(environment);
+    ASSERT_TRUE(listener.waitFor([](const auto& payload) { return payload.title == "One"; }));
+    TestPlayer second({"twin.instance2", "--identity", "Twin", "--desktop-entry", "twin", "--title", "Two"});
+    const QString one = "org.mpris.MediaPlayer2.twin", two = "org.mpris.MediaPlayer2.twin.instance2";
+    ASSERT_TRUE(listener.waitFor([&](const auto& payload) { return payload.clientID == two; }));
+    EXPECT_EQ(listener.last().bundleIdentifier, "twin");
+    EXPECT_EQ(listener.last().title, "Two");
+
+    const MediaRemoteFunctions functions = *environment.loadMediaRemote();
+    std::set<QString> clients;
+    for (const auto& client : functions.getClients())
+        clients.insert(functions.clientID(client));
+    EXPECT_EQ(clients, (std::set<QString>{one, two}));
+
+    // The followed instance pauses; the other, still playing, is followed without a word from it.
+    EXPECT_TRUE(functions.sendCommandToApp(MediaCommand::pause, two));
+    EXPECT_TRUE(listener.waitFor([&](const auto& payload) { return payload.clientID == one && payload.isPlaying; }));
+    EXPECT_TRUE(functions.sendCommand(MediaCommand::nextTrack));
+    EXPECT_TRUE(first.wasCalled("Next"));
+
+    // Pinned, the paused instance is followed while the other plays, and is the one a seek moves;
+    // let go, the choice is back.
+    listener.controller->setPinnedClient(two);
+    EXPECT_TRUE(listener.waitFor([&](const auto& payload) { return payload.clientID == two; }));
+    EXPECT_EQ(listener.last().isPlaying, false);
+    EXPECT_EQ(environment.followed(), two);
+    EXPECT_TRUE(functions.setElapsedTime(30));
+    EXPECT_TRUE(second.wasCalled("SetPosition"));
+    EXPECT_EQ(first.calls(), QStringList{"Next"});
+    EXPECT_EQ(second.calls(), (QStringList{"Pause", "SetPosition"}));
+    listener.controller->setPinnedClient("no such player");
+    EXPECT_TRUE(listener.waitFor([&](const auto& payload) { return payload.clientID == one; }));
+    // Of two paused instances, the one paused last.
+    EXPECT_TRUE(functions.sendCommandToApp(MediaCommand::pause, one));
+    EXPECT_TRUE(listener.waitFor([&](const auto& payload) { return payload.isPlaying == false; }));
+    EXPECT_EQ(listener.last().clientID, one);
+
+    // With the bus stopped, whether a player runs is still answered at once.
+    ::kill(static_cast<pid_t>(bus.pid()), SIGSTOP);
+    QElapsedTimer answered;
+    answered.start();
+    EXPECT_TRUE(environment.isApplicationRunning(two));
+    EXPECT_TRUE(environment.isApplicationRunning("Twin"));
+    EXPECT_FALSE(environment.isApplicationRunning("Spotify"));
+    EXPECT_LT(answered.elapsed(), 100);
+    ::kill(static_cast<pid_t>(bus.pid()), SIGCONT);
 }

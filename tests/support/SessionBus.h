@@ -18,6 +18,8 @@ public:
 
     bool isRunning() const { return !m_address.isEmpty(); }
     QString address() const { return m_address; }
+    // The daemon's process, for tests that stop it to show nothing waits on it.
+    qint64 pid() const { return m_daemon.processId(); }
 
 private:
     QProcess m_daemon;

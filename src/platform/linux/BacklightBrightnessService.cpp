@@ -71,7 +71,8 @@ void BacklightBrightnessService::step(double delta)
         QStringLiteral("org.freedesktop.login1"), QStringLiteral("/org/freedesktop/login1/session/auto"),
         QStringLiteral("org.freedesktop.login1.Session"), QStringLiteral("SetBrightness"));
     set << QStringLiteral("backlight") << found->name << static_cast<uint>(value);
-    m_systemBus.call(set, QDBus::Block, 1000);
+    // Sent without waiting for the answer: the key press that asked for it is not held up.
+    m_systemBus.send(set);
 }
 
 } // namespace kelvane

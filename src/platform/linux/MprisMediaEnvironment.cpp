@@ -10,10 +10,11 @@ namespace kelvane {
 
 namespace {
 
-// Follows one player: the one playing (or, when none plays, the paused one) when it starts, and
-// another that starts playing while the followed one does not. Ends when the followed player
-// leaves the bus. Players may report many times a second: the followed one's changes are passed
-// on at most ten times a second, the newest state always last.
+// Follows one player: the pinned one whenever it is there, else the best of all (playing before
+// paused, of two in one state the one that came to it last), chosen again whenever any player
+// changes. Ends when the followed player leaves the bus. Players may report many times a second:
+// the followed one's changes are passed on at most ten times a second, the newest state always
+// last.
 class MprisNowPlayingController final : public QObject, public NowPlayingController {
 public:
     static constexpr qint64 deliveryIntervalMs = 100;
@@ -25,17 +26,31 @@ public:
         connect(&m_pendingDelivery, &QTimer::timeout, this, &MprisNowPlayingController::deliver);
     }
 
+    // The player followed now; empty before the bus is listed and when no player is there.
+    const QString& followed() const { return m_followed; }
+
     void startListening() override
     {
         if (m_listening)
             return;
         m_listening = true;
         connect(&m_players, &MprisPlayers::playerChanged, this, &MprisNowPlayingController::changed);
+        connect(&m_players, &MprisPlayers::playerAdded, this, &MprisNowPlayingController::changed);
         connect(&m_players, &MprisPlayers::playerRemoved, this, &MprisNowPlayingController::removed);
         if (m_players.isScanned())
-            follow(m_players.best());
+            follow(choice());
         else
-            connect(&m_players, &MprisPlayers::scanned, this, [this] { follow(m_players.best()); });
+            connect(&m_players, &MprisPlayers::scanned, this, [this] { follow(choice()); });
+    }
+
+    void setPinnedClient(const std::optional<QString>& client) override
+    {
+        if (client == m_pinned)
+            return;
+        m_pinned = client;
+        if (m_listening && m_players.isScanned())
+            if (const MprisPlayer* chosen = choice(); !chosen || chosen->busName != m_followed)
+                follow(chosen);
     }
 
     void stop() override
@@ -47,11 +62,21 @@ public:
 
     void send(MediaCommand command) override
     {
-        if (const MprisPlayer* target = m_followed.isEmpty() ? m_players.best() : m_players.player(m_followed))
-            m_players.send(target->busName, command);
+        if (!m_followed.isEmpty())
+            m_players.send(m_followed, command);
     }
 
 private:
+    const MprisPlayer* choice() const
+    {
+        if (m_pinned)
+            if (const MprisPlayer* pinned = m_players.best([this](const MprisPlayer& player) {
+                    return MprisPlayers::matches(player, *m_pinned);
+                }))
+                return pinned;
+        return m_players.best();
+    }
+
     void follow(const MprisPlayer* player)
     {
         m_followed = player ? player->busName : QString();
@@ -80,14 +105,13 @@ private:
 
     void changed(const QString& busName)
     {
-        if (busName == m_followed) {
-            deliverSoon();
+        if (!m_players.isScanned())
             return;
-        }
-        const MprisPlayer* other = m_players.player(busName);
-        const MprisPlayer* followed = m_players.player(m_followed);
-        if (other && other->rank() == 2 && (!followed || followed->rank() < 2))
-            follow(other);
+        const MprisPlayer* chosen = choice();
+        if (chosen && chosen->busName != m_followed)
+            follow(chosen);
+        else if (busName == m_followed)
+            deliverSoon();
     }
 
     void removed(const QString& busName)
@@ -101,6 +125,7 @@ private:
 
     MprisPlayers& m_players;
     QString m_followed;
+    std::optional<QString> m_pinned;
     bool m_listening = false;
     QTimer m_pendingDelivery;
     QElapsedTimer m_lastDelivery;
@@ -125,8 +150,14 @@ MprisMediaEnvironment::MprisMediaEnvironment(QDBusConnection sessionBus, QDBusCo
     connect(&m_players, &MprisPlayers::playerAdded, this, [this](const QString& busName) {
         // Players found when the bus is first listed were there already; later ones were launched.
         const MprisPlayer* player = m_players.player(busName);
+        if (onClientsChanged)
+            onClientsChanged();
         if (m_players.isScanned() && player && onApplicationLaunched)
             onApplicationLaunched(player->bundleIdentifier);
+    });
+    connect(&m_players, &MprisPlayers::playerRemoved, this, [this] {
+        if (onClientsChanged)
+            onClientsChanged();
     });
     if (systemBus.isConnected())
         systemBus.connect(QStringLiteral("org.freedesktop.login1"), QStringLiteral("/org/freedesktop/login1"),
@@ -159,6 +190,10 @@ std::optional<MediaRemoteFunctions> MprisMediaEnvironment::loadMediaRemote()
         const MprisPlayer* each = player(client);
         return each ? each->bundleIdentifier : QString();
     };
+    functions.clientID = [player](const MediaRemoteFunctions::Client& client) {
+        const MprisPlayer* each = player(client);
+        return each ? each->busName : QString();
+    };
     functions.clientName = [player](const MediaRemoteFunctions::Client& client) {
         const MprisPlayer* each = player(client);
         return each ? each->displayName : QString();
@@ -167,13 +202,14 @@ std::optional<MediaRemoteFunctions> MprisMediaEnvironment::loadMediaRemote()
         const MprisPlayer* each = player(client);
         return each ? each->pid : std::nullopt;
     };
-    functions.setElapsedTime = [&players](double seconds) {
-        const MprisPlayer* target = players.best();
-        return target && players.setPosition(target->busName, static_cast<qint64>(seconds * 1e6));
+    // The system's own now-playing application is the one the listener follows.
+    functions.setElapsedTime = [this](double seconds) {
+        const QString followed = this->followed();
+        return !followed.isEmpty() && m_players.setPosition(followed, static_cast<qint64>(seconds * 1e6));
     };
-    functions.sendCommand = [&players](MediaCommand command) {
-        const MprisPlayer* target = players.best();
-        return target && players.send(target->busName, command);
+    functions.sendCommand = [this](MediaCommand command) {
+        const QString followed = this->followed();
+        return !followed.isEmpty() && m_players.send(followed, command);
     };
     functions.sendCommandToApp = [&players](MediaCommand command, const QString& bundleIdentifier) {
         const MprisPlayer* target = players.find(bundleIdentifier);
@@ -184,18 +220,26 @@ std::optional<MediaRemoteFunctions> MprisMediaEnvironment::loadMediaRemote()
 
 std::unique_ptr<NowPlayingController> MprisMediaEnvironment::makeController()
 {
-    return std::make_unique<MprisNowPlayingController>(m_players);
+    auto controller = std::make_unique<MprisNowPlayingController>(m_players);
+    m_controller = controller.get();
+    return controller;
+}
+
+QString MprisMediaEnvironment::followed() const
+{
+    const auto* controller = static_cast<const MprisNowPlayingController*>(m_controller.data());
+    return controller ? controller->followed() : QString();
 }
 
 bool MprisMediaEnvironment::isApplicationRunning(const QString& name)
 {
-    const MprisPlayer* player = m_players.find(name);
-    return player && m_players.isRegistered(player->busName);
+    // The bus tells every name that loses its owner, so the players known are the ones running.
+    return m_players.find(name) != nullptr;
 }
 
-void MprisMediaEnvironment::activateApplication(const QString& bundleIdentifier)
+void MprisMediaEnvironment::activateApplication(const QString& client)
 {
-    if (const MprisPlayer* player = m_players.find(bundleIdentifier))
+    if (const MprisPlayer* player = m_players.find(client))
         m_players.raise(player->busName);
 }
 

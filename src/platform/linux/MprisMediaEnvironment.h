@@ -6,6 +6,7 @@
 
 #include <QDBusConnection>
 #include <QObject>
+#include <QPointer>
 
 namespace kelvane {
 
@@ -29,12 +30,15 @@ public:
     void runInBackground(std::function<void()> work) override;
 
     MprisPlayers& players() { return m_players; }
+    // The bus name of the player the newest listener follows; empty when none.
+    QString followed() const;
 
 private Q_SLOTS:
     void onPrepareForSleep(bool goingToSleep);
 
 private:
     MprisPlayers m_players;
+    QPointer<QObject> m_controller;
 };
 
 } // namespace kelvane

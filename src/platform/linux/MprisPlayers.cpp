@@ -127,6 +127,7 @@ TrackInfo MprisPlayer::trackInfo() const
         payload.album = album.toString();
     payload.applicationName = displayName;
     payload.bundleIdentifier = bundleIdentifier;
+    payload.clientID = busName;
     if (playbackStatus == QLatin1String("Playing") || playbackStatus == QLatin1String("Paused"))
         payload.isPlaying = playbackStatus == QLatin1String("Playing");
     if (const auto length = micros(metadata.value(QStringLiteral("mpris:length"))); length && *length > 0)
@@ -196,30 +197,34 @@ const MprisPlayer* MprisPlayers::player(const QString& busName) const
     return it != m_players.cend() && it->ready ? &*it : nullptr;
 }
 
-const MprisPlayer* MprisPlayers::best() const
+const MprisPlayer* MprisPlayers::best(const std::function<bool(const MprisPlayer&)>& filter) const
 {
     const MprisPlayer* chosen = nullptr;
     for (const MprisPlayer* candidate : players())
-        if (!chosen || candidate->rank() > chosen->rank() ||
-            (candidate->rank() == chosen->rank() && candidate->lastStarted > chosen->lastStarted))
+        if ((!filter || filter(*candidate)) &&
+            (!chosen || candidate->rank() > chosen->rank() ||
+             (candidate->rank() == chosen->rank() && candidate->lastStateChange > chosen->lastStateChange)))
             chosen = candidate;
     return chosen;
 }
 
-const MprisPlayer* MprisPlayers::find(const QString& identifierOrName) const
+bool MprisPlayers::matches(const MprisPlayer& player, const QString& identifierOrName)
 {
-    const QString canonical = canonicalPlayerIdentifier(identifierOrName);
-    for (const MprisPlayer* candidate : players())
-        if (candidate->bundleIdentifier == canonical ||
-            candidate->identity.compare(identifierOrName, Qt::CaseInsensitive) == 0 ||
-            candidate->busName.mid(prefix().size()).compare(identifierOrName, Qt::CaseInsensitive) == 0)
-            return candidate;
-    return nullptr;
+    return player.busName == identifierOrName ||
+           player.bundleIdentifier == canonicalPlayerIdentifier(identifierOrName) ||
+           player.identity.compare(identifierOrName, Qt::CaseInsensitive) == 0 ||
+           player.busName.mid(prefix().size()).compare(identifierOrName, Qt::CaseInsensitive) == 0;
 }
 
-bool MprisPlayers::isRegistered(const QString& busName)
+const MprisPlayer* MprisPlayers::find(const QString& identifierOrName) const
 {
-    return m_bus.isConnected() && m_bus.interface()->isServiceRegistered(busName).value();
+    // A bus name is one instance; the other names may stand for several, and the first is taken.
+    if (const MprisPlayer* exact = player(identifierOrName))
+        return exact;
+    const QList<const MprisPlayer*> all = players();
+    const auto it = std::find_if(all.begin(), all.end(),
+                                 [&](const MprisPlayer* candidate) { return matches(*candidate, identifierOrName); });
+    return it == all.end() ? nullptr : *it;
 }
 
 bool MprisPlayers::call(const QString& busName, const QString& method, const QVariantList& arguments)
@@ -393,8 +398,7 @@ void MprisPlayers::applyPlayerProperties(MprisPlayer& player, const QVariantMap&
             // The position stops or starts moving from here.
             player.positionMicros = player.currentPositionMicros();
             player.positionReadAt.start();
-            if (value == QLatin1String("Playing"))
-                player.lastStarted = ++m_startCounter;
+            player.lastStateChange = ++m_stateChanges;
             player.playbackStatus = value;
             positionStale = true;
         }

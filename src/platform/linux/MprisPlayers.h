@@ -10,6 +10,7 @@
 #include <QSet>
 #include <QVariantMap>
 
+#include <functional>
 #include <optional>
 
 class QDBusMessage;
@@ -34,8 +35,9 @@ struct MprisPlayer {
     QElapsedTimer positionReadAt;
     QImage artwork;
     QString artworkUrl;
-    // Bumped each time it starts playing: the most recent player wins a tie.
-    quint64 lastStarted = 0;
+    // Bumped each time its playback status changes: of two players in one state, the one that
+    // came to it last (started last, paused last) wins.
+    quint64 lastStateChange = 0;
     // Its properties have been read.
     bool ready = false;
 
@@ -66,12 +68,13 @@ public:
     // Players whose properties have been read, in the order they appeared.
     QList<const MprisPlayer*> players() const;
     const MprisPlayer* player(const QString& busName) const;
-    // The player to follow: playing before paused before anything else, the latest to start first.
-    const MprisPlayer* best() const;
-    // The player an application identifier or display name stands for.
+    // The player to follow: playing before paused before anything else, and of two in one state
+    // the one that came to it last. Only players the filter accepts, when one is given.
+    const MprisPlayer* best(const std::function<bool(const MprisPlayer&)>& filter = {}) const;
+    // The player a bus name, an application identifier or a display name stands for.
     const MprisPlayer* find(const QString& identifierOrName) const;
-    // Whether the player's name has an owner right now (asks the bus).
-    bool isRegistered(const QString& busName);
+    // Whether the player answers to that bus name, application identifier or display name.
+    static bool matches(const MprisPlayer& player, const QString& identifierOrName);
 
     bool call(const QString& busName, const QString& method, const QVariantList& arguments = {});
     bool send(const QString& busName, MediaCommand command);
@@ -118,7 +121,7 @@ private:
     // Tells a player apart from an earlier one of the same name, for replies that come late.
     QHash<QString, quint64> m_generation;
     quint64 m_nextGeneration = 1;
-    quint64 m_startCounter = 0;
+    quint64 m_stateChanges = 0;
     // Position reads in flight; true when another is wanted once it is answered.
     QHash<QString, bool> m_positionReads;
     QNetworkAccessManager* m_network = nullptr;

@@ -1,7 +1,8 @@
 import QtQuick
 
 // What is playing: artwork, title and artist, how far it has got, and the playback controls.
-// A click on the artwork brings the player forward; a click on the bar moves playback there.
+// A click on the artwork brings the player forward; a click on the bar moves playback there; the
+// menu button lists the players to follow (one may be pinned) and pauses and puts the music away.
 Item {
     id: widget
     property QtObject media: null
@@ -31,7 +32,12 @@ Item {
         function onIsPlayingChanged() { widget.refresh() }
         function onTrackChanged() { widget.refresh() }
     }
-    onVisibleChanged: if (visible) refresh()
+    onVisibleChanged: {
+        if (visible)
+            refresh()
+        else
+            menu.visible = false
+    }
 
     Rectangle {
         id: artwork
@@ -62,7 +68,7 @@ Item {
     Column {
         anchors.left: artwork.right
         anchors.leftMargin: 10
-        anchors.right: parent.right
+        anchors.right: menuButton.left
         anchors.verticalCenter: artwork.verticalCenter
         spacing: 2
         Text {
@@ -158,6 +164,118 @@ Item {
                 }
                 HoverHandler { id: hover }
                 TapHandler { onTapped: parent.modelData.act() }
+            }
+        }
+    }
+
+    Rectangle {
+        id: menuButton
+        objectName: "mediaMenuButton"
+        anchors.right: parent.right
+        anchors.top: parent.top
+        width: 24
+        height: 24
+        radius: 12
+        visible: widget.media !== null && (widget.hasTrack || widget.media.sources.length > 0)
+        color: menu.visible || menuHover.hovered ? "#3a3a3c" : "transparent"
+        Row {
+            anchors.centerIn: parent
+            spacing: 2
+            Repeater {
+                model: 3
+                Rectangle { width: 3; height: 3; radius: 1.5; color: "#d1d1d6" }
+            }
+        }
+        HoverHandler { id: menuHover }
+        TapHandler { onTapped: menu.visible = !menu.visible }
+    }
+
+    // The sources and what can be done with them, over the widget until something is chosen.
+    Rectangle {
+        id: menu
+        objectName: "mediaMenu"
+        visible: false
+        z: 10
+        anchors.right: parent.right
+        anchors.top: menuButton.bottom
+        anchors.topMargin: 4
+        width: Math.min(parent.width, 220)
+        height: menuColumn.implicitHeight + 8
+        radius: 10
+        color: "#1c1c1e"
+        border.color: "#3a3a3c"
+
+        component MenuRow: Rectangle {
+            id: row
+            property alias text: rowLabel.text
+            property string mark: ""
+            property color textColor: "white"
+            signal chosen()
+            width: menuColumn.width
+            height: 24
+            radius: 6
+            color: rowHover.hovered ? "#3a3a3c" : "transparent"
+            Text {
+                width: 14
+                anchors.left: parent.left
+                anchors.leftMargin: 6
+                anchors.verticalCenter: parent.verticalCenter
+                color: "#0a84ff"
+                font.pixelSize: 11
+                text: row.mark
+            }
+            Text {
+                id: rowLabel
+                anchors.left: parent.left
+                anchors.leftMargin: 22
+                anchors.right: parent.right
+                anchors.rightMargin: 6
+                anchors.verticalCenter: parent.verticalCenter
+                elide: Text.ElideRight
+                color: row.textColor
+                font.pixelSize: 12
+            }
+            HoverHandler { id: rowHover }
+            TapHandler { onTapped: { row.chosen(); menu.visible = false } }
+        }
+
+        Column {
+            id: menuColumn
+            anchors.fill: parent
+            anchors.margins: 4
+            spacing: 0
+            Text {
+                leftPadding: 6
+                height: 20
+                verticalAlignment: Text.AlignVCenter
+                color: "#8e8e93"
+                font.pixelSize: 10
+                text: "Follow"
+            }
+            MenuRow {
+                text: "Whatever plays"
+                mark: widget.media && !widget.media.sources.some(s => s.pinned) ? "✓" : ""
+                onChosen: widget.media.pinSource("")
+            }
+            Repeater {
+                model: widget.media ? widget.media.sources : []
+                delegate: MenuRow {
+                    required property var modelData
+                    readonly property bool twin: widget.media.sources.filter(s => s.displayName === modelData.displayName).length > 1
+                    objectName: "mediaSource_" + modelData.clientID
+                    text: modelData.displayName + (twin && modelData.pid !== undefined ? " (" + modelData.pid + ")" : "")
+                          + (modelData.active && !modelData.pinned ? "  ·  shown" : "")
+                    mark: modelData.pinned ? "✓" : ""
+                    onChosen: widget.media.pinSource(modelData.pinned ? "" : modelData.clientID)
+                }
+            }
+            Rectangle { width: menuColumn.width; height: 1; color: "#3a3a3c" }
+            MenuRow {
+                objectName: "mediaPauseAndDismiss"
+                text: "Pause and dismiss"
+                enabled: widget.hasTrack
+                textColor: enabled ? "white" : "#636366"
+                onChosen: widget.media.pauseAndDismiss()
             }
         }
     }
