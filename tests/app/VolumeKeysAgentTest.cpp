@@ -42,6 +42,29 @@ struct SoundServer {
 
 QJsonValue indicator() { return notch("M1")["indicator"]; }
 void press(const char* key) { run("xdotool", {"key", key}); }
+
+// A backlight folder at half of a hundred steps, which the agent is told to use; its path.
+QString makeBacklight(const TemporaryHome& home, ScopedEnvironment& env)
+{
+    const QString backlight = home.path() + "/backlight/panel";
+    QDir().mkpath(backlight);
+    for (const auto& [name, value] : {std::pair{"brightness", "50"}, {"max_brightness", "100"}}) {
+        QFile file(backlight + "/" + name);
+        if (file.open(QIODevice::WriteOnly))
+            file.write(value);
+    }
+    env.set("KELVANE_BACKLIGHT_ROOT", (home.path() + "/backlight").toUtf8());
+    return backlight;
+}
+
+// Turns the key monitoring on or off through the settings, as the settings window does.
+int setKeyMonitoring(bool on)
+{
+    QString settings = ctl({"settings", "get", "liveActivitiesSettings"}).out.trimmed();
+    settings.replace(on ? "\"enableHUDReplacement\":false" : "\"enableHUDReplacement\":true",
+                     on ? "\"enableHUDReplacement\":true" : "\"enableHUDReplacement\":false");
+    return ctl({"settings", "set", "liveActivitiesSettings", settings}).status;
+}
 } // namespace
 
 // With the indicator turned on, two volume presses step the real server's level once each and
@@ -56,20 +79,11 @@ TEST(VolumeKeysAgent, ShowsTheServersLevelForASecondAfterTheLastPress)
     SoundServer sound(env, home.path() + "/runtime");
     ASSERT_TRUE(waitUntil([] { return SoundServer::ready(); }, 10000)) << sound.server.readAllStandardError().toStdString();
     ASSERT_EQ(run("pactl", {"set-sink-volume", "@DEFAULT_SINK@", "50%"}).status, 0);
-    const QString backlight = home.path() + "/backlight/panel";
-    QDir().mkpath(backlight);
-    for (const auto& [name, value] : {std::pair{"brightness", "50"}, {"max_brightness", "100"}}) {
-        QFile file(backlight + "/" + name);
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(value);
-    }
-    env.set("KELVANE_BACKLIGHT_ROOT", (home.path() + "/backlight").toUtf8());
+    const QString backlight = makeBacklight(home, env);
 
     RunningAgent agent;
     ASSERT_TRUE(agent.waitForNotches(2));
-    QString settings = ctl({"settings", "get", "liveActivitiesSettings"}).out.trimmed();
-    settings.replace("\"enableHUDReplacement\":false", "\"enableHUDReplacement\":true");
-    ASSERT_EQ(ctl({"settings", "set", "liveActivitiesSettings", settings}).status, 0);
+    ASSERT_EQ(setKeyMonitoring(true), 0);
     ASSERT_TRUE(waitUntil([&] { return agent.readOutput().contains("Media key monitoring started"); }));
 
     press("XF86AudioRaiseVolume");
@@ -113,4 +127,52 @@ TEST(VolumeKeysAgent, ShowsTheServersLevelForASecondAfterTheLastPress)
     QFile level(backlight + "/brightness");
     ASSERT_TRUE(level.open(QIODevice::ReadOnly));
     EXPECT_EQ(level.readAll().trimmed(), "55");
+}
+
+// While another client grabs the brightness key and a burst of presses is still queued, turning
+// the key monitoring off and quitting each end within a second.
+TEST(VolumeKeysAgent, StopsAndQuitsWithinASecondUnderABurstOfGrabbedPresses)
+{
+    TemporaryHome home;
+    SessionBus bus;
+    ScopedEnvironment env;
+    makeBacklight(home, env);
+    RunningAgent agent;
+    ASSERT_TRUE(agent.waitForNotches(2));
+    QProcess grabber;
+    grabber.start(KELVANE_KEY_GRABBER, {"XF86MonBrightnessUp"});
+    ASSERT_TRUE(grabber.waitForReadyRead(5000));
+    ASSERT_EQ(grabber.readLine().trimmed(), "grabbed");
+
+    const auto burst = [] {
+        auto presses = std::make_unique<QProcess>();
+        presses->start("xdotool", {"key", "--repeat", "400", "--delay", "1", "XF86MonBrightnessUp"});
+        presses->waitForStarted();
+        QThread::msleep(300);
+        return presses;
+    };
+    for (int round = 0; round < 3; ++round) {
+        ASSERT_EQ(setKeyMonitoring(true), 0);
+        ASSERT_TRUE(waitUntil([&] { return agent.readOutput().count("Media key monitoring started") > round; }));
+        const auto presses = burst();
+        QElapsedTimer stopping;
+        stopping.start();
+        EXPECT_EQ(setKeyMonitoring(false), 0);
+        EXPECT_EQ(ctl({"state"}).status, 0);
+        EXPECT_LT(stopping.elapsed(), 1000) << "round " << round;
+        presses->kill();
+        presses->waitForFinished();
+    }
+
+    ASSERT_EQ(setKeyMonitoring(true), 0);
+    const auto presses = burst();
+    QElapsedTimer quitting;
+    quitting.start();
+    ctl({"quit"});
+    EXPECT_TRUE(agent.process.state() == QProcess::NotRunning || agent.process.waitForFinished(1000));
+    EXPECT_LT(quitting.elapsed(), 1000);
+    presses->kill();
+    presses->waitForFinished();
+    grabber.kill();
+    grabber.waitForFinished();
 }
