@@ -230,15 +230,23 @@ void MediaManager::onTrackInfoReceived(int generation, const TrackInfo& info)
 void MediaManager::throttledTrackUpdate(const TrackInfo& info)
 {
     m_pendingTrackInfo = info;
-    if (m_throttledTrackUpdate.isActive())
-        return;
+    const auto now = m_deps.scheduler.clock().monotonic();
     const auto run = [this] {
+        m_throttledTrackUpdate.cancel();
         m_lastThrottledUpdate = m_deps.scheduler.clock().monotonic();
         const TrackInfo latest = *m_pendingTrackInfo;
         m_pendingTrackInfo.reset();
         handleTrackInfoUpdate(latest);
     };
-    const auto now = m_deps.scheduler.clock().monotonic();
+    // A pause or a play is shown at once; only a player that flips faster than people press is
+    // held to the throttle.
+    const bool playStateChanges = info.payload && info.payload->isPlaying && *info.payload->isPlaying != m_isPlaying;
+    if (playStateChanges && (!m_lastThrottledUpdate || now - *m_lastThrottledUpdate >= secondsToDelay(playStateInterval))) {
+        run();
+        return;
+    }
+    if (m_throttledTrackUpdate.isActive())
+        return;
     const auto interval = std::chrono::duration_cast<std::chrono::nanoseconds>(
         std::chrono::duration<double>(trackUpdateInterval));
     if (!m_lastThrottledUpdate || now - *m_lastThrottledUpdate >= interval) {

@@ -39,6 +39,8 @@ class MediaManager : public QObject {
     Q_PROPERTY(QVariantList sources READ sourcesForViews NOTIFY sourcesForViewsChanged)
 public:
     static constexpr double trackUpdateInterval = 1.0;
+    // A change of the play state passes the throttle when the last update is at least this old.
+    static constexpr double playStateInterval = 0.2;
     static constexpr double appCheckInterval = 10.0;
     static constexpr double scriptCooldownInterval = 2.0;
     static constexpr double environmentRecoveryDelay = 0.5;
