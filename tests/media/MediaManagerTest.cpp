@@ -3,51 +3,17 @@
 #include "core/ManualScheduler.h"
 #include "core/TimersManager.h"
 #include "media/MediaManager.h"
+#include "support/FakeMediaEnvironment.h"
 
 #include <QSignalSpy>
 
 #include <gtest/gtest.h>
 
 using namespace kelvane;
+using kelvane::test::FakeEnvironment;
 using namespace std::chrono_literals;
 
 namespace {
-struct FakeController : NowPlayingController {
-    std::vector<MediaCommand> sent;
-    std::optional<QString> pinned;
-    void startListening() override {}
-    void setPinnedClient(const std::optional<QString>& client) override { pinned = client; }
-    void stop() override {}
-    void send(MediaCommand command) override { sent.push_back(command); }
-};
-
-struct FakeEnvironment : MediaEnvironment {
-    std::optional<MediaRemoteFunctions> functions = MediaRemoteFunctions{};
-    FakeController* controller = nullptr; // the newest; the manager owns it
-    int controllersMade = 0;
-    QStringList running;
-    QStringList scripts;
-    std::optional<QString> scriptError;
-
-    std::optional<MediaRemoteFunctions> loadMediaRemote() override { return functions; }
-    std::unique_ptr<NowPlayingController> makeController() override
-    {
-        auto made = std::make_unique<FakeController>();
-        controller = made.get();
-        ++controllersMade;
-        return made;
-    }
-    QStringList activated;
-    bool isApplicationRunning(const QString& name) override { return running.contains(name); }
-    void activateApplication(const QString& client) override { activated << client; }
-    std::optional<QString> runScript(const QString& script) override
-    {
-        scripts << script;
-        return scriptError;
-    }
-    void runInBackground(std::function<void()> work) override { work(); }
-};
-
 TrackInfo record(const QString& title, const QString& bundle = "vlc", bool playing = true)
 {
     TrackInfo info;

@@ -138,6 +138,7 @@ Item {
 
     // The controls sit between the two times, under the bar.
     Row {
+        id: controls
         anchors.horizontalCenter: parent.horizontalCenter
         anchors.top: progress.bottom
         anchors.topMargin: 2
@@ -190,92 +191,111 @@ Item {
         TapHandler { onTapped: menu.visible = !menu.visible }
     }
 
-    // The sources and what can be done with them, over the widget until something is chosen.
+    // The sources and what can be done with them, over the widget until something is chosen:
+    // pause-and-dismiss first, then "Auto" and one chip per player (the pinned one lit, the shown
+    // one marked).
     Rectangle {
         id: menu
         objectName: "mediaMenu"
         visible: false
         z: 10
+        anchors.left: parent.left
         anchors.right: parent.right
-        anchors.top: menuButton.bottom
-        anchors.topMargin: 4
-        width: Math.min(parent.width, 220)
-        height: menuColumn.implicitHeight + 8
+        anchors.top: parent.top
+        // Over the controls too.
+        height: controls.y + controls.height + 4
         radius: 10
         color: "#1c1c1e"
-        border.color: "#3a3a3c"
 
-        component MenuRow: Rectangle {
-            id: row
-            property alias text: rowLabel.text
-            property string mark: ""
-            property color textColor: "white"
-            signal chosen()
-            width: menuColumn.width
-            height: 24
-            radius: 6
-            color: rowHover.hovered ? "#3a3a3c" : "transparent"
-            Text {
-                width: 14
-                anchors.left: parent.left
-                anchors.leftMargin: 6
-                anchors.verticalCenter: parent.verticalCenter
-                color: "#0a84ff"
-                font.pixelSize: 11
-                text: row.mark
-            }
-            Text {
-                id: rowLabel
-                anchors.left: parent.left
-                anchors.leftMargin: 22
-                anchors.right: parent.right
-                anchors.rightMargin: 6
-                anchors.verticalCenter: parent.verticalCenter
-                elide: Text.ElideRight
-                color: row.textColor
-                font.pixelSize: 12
-            }
-            HoverHandler { id: rowHover }
-            TapHandler { onTapped: { row.chosen(); menu.visible = false } }
+        // Does what a chip offers and closes the menu.
+        function choose(action) {
+            action()
+            visible = false
         }
 
-        Column {
-            id: menuColumn
-            anchors.fill: parent
-            anchors.margins: 4
-            spacing: 0
+        component Chip: Rectangle {
+            id: chip
+            property alias text: chipLabel.text
+            property bool lit: false
+            property bool shown: false
+            property color textColor: "white"
+            signal chosen()
+            width: Math.min(chipLabel.implicitWidth + (shown ? 28 : 20), menuFlow.width)
+            height: 20
+            radius: 10
+            color: lit ? "#0a84ff" : chipHover.hovered ? "#48484a" : "#3a3a3c"
+            Rectangle {
+                visible: chip.shown
+                width: 6
+                height: 6
+                radius: 3
+                anchors.left: parent.left
+                anchors.leftMargin: 8
+                anchors.verticalCenter: parent.verticalCenter
+                color: chip.lit ? "white" : "#30d158"
+            }
             Text {
-                leftPadding: 6
-                height: 20
-                verticalAlignment: Text.AlignVCenter
-                color: "#8e8e93"
-                font.pixelSize: 10
-                text: "Follow"
+                id: chipLabel
+                anchors.left: parent.left
+                anchors.leftMargin: chip.shown ? 18 : 10
+                anchors.right: parent.right
+                anchors.rightMargin: 10
+                anchors.verticalCenter: parent.verticalCenter
+                elide: Text.ElideRight
+                color: chip.textColor
+                font.pixelSize: 11
             }
-            MenuRow {
-                text: "Whatever plays"
-                mark: widget.media && !widget.media.sources.some(s => s.pinned) ? "✓" : ""
-                onChosen: widget.media.pinSource("")
-            }
-            Repeater {
-                model: widget.media ? widget.media.sources : []
-                delegate: MenuRow {
-                    required property var modelData
-                    readonly property bool twin: widget.media.sources.filter(s => s.displayName === modelData.displayName).length > 1
-                    objectName: "mediaSource_" + modelData.clientID
-                    text: modelData.displayName + (twin && modelData.pid !== undefined ? " (" + modelData.pid + ")" : "")
-                          + (modelData.active && !modelData.pinned ? "  ·  shown" : "")
-                    mark: modelData.pinned ? "✓" : ""
-                    onChosen: widget.media.pinSource(modelData.pinned ? "" : modelData.clientID)
+            HoverHandler { id: chipHover }
+            TapHandler { onTapped: chip.chosen() }
+        }
+
+        Text {
+            id: closeMenu
+            anchors.right: parent.right
+            anchors.top: parent.top
+            anchors.rightMargin: 8
+            anchors.topMargin: 6
+            color: closeHover.hovered ? "white" : "#8e8e93"
+            font.pixelSize: 15
+            text: "×"
+            HoverHandler { id: closeHover }
+            TapHandler { onTapped: menu.visible = false }
+        }
+        Flickable {
+            anchors.fill: parent
+            anchors.margins: 6
+            anchors.rightMargin: 24
+            contentHeight: menuFlow.implicitHeight
+            boundsBehavior: Flickable.StopAtBounds
+            clip: true
+            Flow {
+                id: menuFlow
+                width: parent.width
+                spacing: 4
+                Chip {
+                    objectName: "mediaPauseAndDismiss"
+                    text: "Pause and dismiss"
+                    textColor: "#ff6961"
+                    visible: widget.hasTrack
+                    onChosen: menu.choose(() => widget.media.pauseAndDismiss())
                 }
-            }
-            Rectangle { width: menuColumn.width; height: 1; color: "#3a3a3c" }
-            MenuRow {
-                objectName: "mediaPauseAndDismiss"
-                text: "Pause and dismiss"
-                enabled: widget.hasTrack
-                textColor: enabled ? "white" : "#636366"
-                onChosen: widget.media.pauseAndDismiss()
+                Chip {
+                    text: "Auto"
+                    lit: widget.media !== null && !widget.media.sources.some(s => s.pinned)
+                    onChosen: menu.choose(() => widget.media.pinSource(""))
+                }
+                Repeater {
+                    model: widget.media ? widget.media.sources : []
+                    delegate: Chip {
+                        required property var modelData
+                        readonly property bool twin: widget.media.sources.filter(s => s.displayName === modelData.displayName).length > 1
+                        objectName: "mediaSource_" + modelData.clientID
+                        text: modelData.displayName + (twin && modelData.pid !== undefined ? " · " + modelData.pid : "")
+                        lit: modelData.pinned
+                        shown: modelData.active && widget.hasTrack
+                        onChosen: menu.choose(() => widget.media.pinSource(modelData.pinned ? "" : modelData.clientID))
+                    }
+                }
             }
         }
     }
