@@ -86,8 +86,15 @@ std::optional<QString> copyFile(const QString& source, const QString& destinatio
         return source + QStringLiteral(": ") + notFileOrFolder;
     }
     ::fcntl(in, F_SETFL, ::fcntl(in, F_GETFL) & ~O_NONBLOCK);
-    const int out = ::open(QFile::encodeName(destination).constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC,
-                           info.st_mode & 0777);
+    // The copy is written nameless in its folder and given its name once whole, so that a process
+    // killed half-way leaves nothing behind; folders that cannot hold a nameless file get the name
+    // at once.
+    const QByteArray target = QFile::encodeName(destination);
+    int out = ::open(QFile::encodeName(QFileInfo(destination).absolutePath()).constData(),
+                     O_TMPFILE | O_WRONLY | O_CLOEXEC, info.st_mode & 0777);
+    const bool nameless = out >= 0;
+    if (!nameless)
+        out = ::open(target.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, info.st_mode & 0777);
     if (out < 0) {
         const QString error = systemError(destination);
         ::close(in);
@@ -95,9 +102,14 @@ std::optional<QString> copyFile(const QString& source, const QString& destinatio
     }
     std::optional<QString> error = moveBytes(in, out, source, control);
     ::close(in);
+    // Linking never replaces a file that took the name meanwhile.
+    if (!error && nameless &&
+        ::linkat(AT_FDCWD, QByteArray("/proc/self/fd/" + QByteArray::number(out)).constData(), AT_FDCWD,
+                 target.constData(), AT_SYMLINK_FOLLOW) != 0)
+        error = systemError(destination);
     if (::close(out) != 0 && !error)
         error = systemError(destination);
-    if (error)
+    if (error && !nameless)
         QFile::remove(destination);
     return error;
 }
