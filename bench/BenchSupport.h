@@ -155,6 +155,9 @@ inline double median(std::vector<double> values)
     return values[values.size() / 2];
 }
 
+inline double minimum(const std::vector<double>& values) { return *std::min_element(values.begin(), values.end()); }
+inline double maximum(const std::vector<double>& values) { return *std::max_element(values.begin(), values.end()); }
+
 inline long statusField(const std::string& path, const char* field)
 {
     std::ifstream in(path);

@@ -14,6 +14,16 @@
 using namespace kelvane::test;
 
 namespace {
+// Whether a process holds a file open in that folder (named or not yet named).
+bool writesInto(qint64 pid, const QString& folder)
+{
+    const QDir fds(QString("/proc/%1/fd").arg(pid));
+    for (const QString& fd : fds.entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot))
+        if (QFileInfo(fds.filePath(fd)).symLinkTarget().startsWith(folder + "/"))
+            return true;
+    return false;
+}
+
 // Another application's window holding files or text, and the pointer that drags them out of it.
 struct DragFromAnotherApp {
     QProcess source;
@@ -183,7 +193,8 @@ TEST(DropAgent, EveryFileArrivesWhileCleanupsRaceALargeCopy)
         ASSERT_TRUE(waitUntil([] { return notch("M1")["mode"].toString() == "dragging"; }));
         ASSERT_TRUE(drag.hover("sheld", centre - 60, 90));
         largeAdd.start(binary("kelvanectl"), {"tray", "add", big});
-        ASSERT_TRUE(waitUntil([&] { return QFileInfo::exists(trayFolder + "/big.bin"); }));
+        // The copy is written nameless into the tray folder until it is whole.
+        ASSERT_TRUE(waitUntil([&] { return writesInto(agent.process.processId(), trayFolder); }));
         EXPECT_EQ(drag.release(), "copy");
     }
     ASSERT_EQ(ctl({"tray", "remove", "old.txt"}).status, 0);
