@@ -121,14 +121,21 @@ struct Figures {
 void change(const Session& session, const QString& sources, int serial, QRandomGenerator& random,
             const std::optional<QStringList>& listed)
 {
+    // The tray stays around thirty files, so that every start loads about as much.
+    const bool full = listed && listed->size() > 30;
     switch (random.bounded(5)) {
     case 0:
     case 1: {
-        // A new file of up to 4 MB, named once: its copy keeps its name.
+        if (full) {
+            ctl(session, {"tray", "remove", QFileInfo(listed->at(random.bounded(int(listed->size())))).fileName().toStdString()});
+            break;
+        }
+        // A new file, named once so that its copy keeps its name; one in eight is 4 MB, long
+        // enough to copy that a kill may land in the middle.
         const QString path = sources + QString("/file-%1.bin").arg(serial);
         QFile file(path);
         if (file.open(QIODevice::WriteOnly)) {
-            QByteArray bytes(random.bounded(1, 4 << 20), char('a' + serial % 26));
+            QByteArray bytes(random.bounded(8) == 0 ? 4 << 20 : random.bounded(1, 64 << 10), char('a' + serial % 26));
             file.write(bytes);
             file.close();
         }
@@ -140,7 +147,8 @@ void change(const Session& session, const QString& sources, int serial, QRandomG
             ctl(session, {"tray", "remove", QFileInfo(listed->at(random.bounded(int(listed->size())))).fileName().toStdString()});
         break;
     case 3:
-        ctl(session, {"timer", "add", "T" + std::to_string(serial), std::to_string(60 + random.bounded(600))});
+        // Timers of a few seconds: they end, are announced and leave the list again.
+        ctl(session, {"timer", "add", "T" + std::to_string(serial), std::to_string(1 + random.bounded(5))});
         break;
     default:
         ctl(session, {"settings", "set", "preferredOpenMode", random.bounded(2) ? "\"tray\"" : "\"tuckle\""});
@@ -215,6 +223,15 @@ int main(int argc, char** argv)
                     !listed.value_or(QStringList()).contains(session.trayFolder() + "/" + name))
                     ++figures.partialLeftOver;
             }
+        }
+        // Copies the tray no longer lists, and their originals, go now that they have been
+        // checked: the run would otherwise fill the disk.
+        if (listed) {
+            for (const QString& name : trayNow)
+                if (!listed->contains(session.trayFolder() + "/" + name)) {
+                    QFile::remove(session.trayFolder() + "/" + name);
+                    QFile::remove(sources + "/" + name);
+                }
         }
         if (trial == trials || !answering) {
             kill(agent, SIGKILL);
