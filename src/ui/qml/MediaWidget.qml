@@ -281,11 +281,12 @@ Item {
                 }
                 Chip {
                     text: "Auto"
-                    lit: widget.media !== null && !widget.media.sources.some(s => s.pinned)
+                    lit: menu.visible && widget.media !== null && !widget.media.sources.some(s => s.pinned)
                     onChosen: menu.choose(() => widget.media.pinSource(""))
                 }
                 Repeater {
-                    model: widget.media ? widget.media.sources : []
+                    // Read only while the menu shows: the list changes with every track.
+                    model: menu.visible && widget.media ? widget.media.sources : []
                     delegate: Chip {
                         required property var modelData
                         readonly property bool twin: widget.media.sources.filter(s => s.displayName === modelData.displayName).length > 1
