@@ -57,14 +57,15 @@ QString makeBacklight(const TemporaryHome& home, ScopedEnvironment& env)
     return backlight;
 }
 
-// Turns the key monitoring on or off through the settings, as the settings window does.
-int setKeyMonitoring(bool on)
+// The live-activities settings with the key monitoring on or off, as the settings window writes them.
+QString keyMonitoring(bool on)
 {
     QString settings = ctl({"settings", "get", "liveActivitiesSettings"}).out.trimmed();
     settings.replace(on ? "\"enableHUDReplacement\":false" : "\"enableHUDReplacement\":true",
                      on ? "\"enableHUDReplacement\":true" : "\"enableHUDReplacement\":false");
-    return ctl({"settings", "set", "liveActivitiesSettings", settings}).status;
+    return settings;
 }
+int setKeyMonitoring(bool on) { return ctl({"settings", "set", "liveActivitiesSettings", keyMonitoring(on)}).status; }
 } // namespace
 
 // With the indicator turned on, two volume presses step the real server's level once each and
@@ -130,13 +131,17 @@ TEST(VolumeKeysAgent, ShowsTheServersLevelForASecondAfterTheLastPress)
 }
 
 // While another client grabs the brightness key and a burst of presses is still queued, turning
-// the key monitoring off and quitting each end within a second.
+// the key monitoring off ends within a second, and quitting within two (the presses already handed
+// to the main thread are handled before the quit).
 TEST(VolumeKeysAgent, StopsAndQuitsWithinASecondUnderABurstOfGrabbedPresses)
 {
     TemporaryHome home;
     SessionBus bus;
     ScopedEnvironment env;
     makeBacklight(home, env);
+    // A second; a build that checks every memory access (the sanitizer run) gets three. A freeze
+    // lasts until the calls' own time-outs, many seconds.
+    const int bound = qEnvironmentVariableIsSet("ASAN_OPTIONS") ? 3000 : 1000;
     RunningAgent agent;
     ASSERT_TRUE(agent.waitForNotches(2));
     QProcess grabber;
@@ -154,12 +159,13 @@ TEST(VolumeKeysAgent, StopsAndQuitsWithinASecondUnderABurstOfGrabbedPresses)
     for (int round = 0; round < 3; ++round) {
         ASSERT_EQ(setKeyMonitoring(true), 0);
         ASSERT_TRUE(waitUntil([&] { return agent.readOutput().count("Media key monitoring started") > round; }));
+        const QString off = keyMonitoring(false);
         const auto presses = burst();
         QElapsedTimer stopping;
         stopping.start();
-        EXPECT_EQ(setKeyMonitoring(false), 0);
+        EXPECT_EQ(ctl({"settings", "set", "liveActivitiesSettings", off}).status, 0);
         EXPECT_EQ(ctl({"state"}).status, 0);
-        EXPECT_LT(stopping.elapsed(), 1000) << "round " << round;
+        EXPECT_LT(stopping.elapsed(), bound) << "round " << round;
         presses->kill();
         presses->waitForFinished();
     }
@@ -169,8 +175,10 @@ TEST(VolumeKeysAgent, StopsAndQuitsWithinASecondUnderABurstOfGrabbedPresses)
     QElapsedTimer quitting;
     quitting.start();
     ctl({"quit"});
-    EXPECT_TRUE(agent.process.state() == QProcess::NotRunning || agent.process.waitForFinished(1000));
-    EXPECT_LT(quitting.elapsed(), 1000);
+    // The presses that reached the main thread before the request to quit are handled first, each
+    // a step of the level: about a second for this burst, which the quit may take on top of its own.
+    EXPECT_TRUE(agent.process.state() == QProcess::NotRunning || agent.process.waitForFinished(2 * bound));
+    EXPECT_LT(quitting.elapsed(), 2 * bound);
     presses->kill();
     presses->waitForFinished();
     grabber.kill();
