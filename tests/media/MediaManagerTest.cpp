@@ -11,6 +11,7 @@
 
 using namespace kelvane;
 using kelvane::test::FakeEnvironment;
+using kelvane::test::Media;
 using namespace std::chrono_literals;
 
 namespace {
@@ -29,37 +30,6 @@ TrackInfo record(const QString& title, const QString& bundle = "vlc", bool playi
     return info;
 }
 
-struct Media {
-    ManualScheduler scheduler;
-    TimersManager timers{scheduler};
-    InMemorySettingsDomain domain;
-    SettingsStore settings{domain};
-    ActiveLiveActivitiesManager activities{settings};
-    FakeEnvironment environment;
-    std::unique_ptr<MediaManager> manager;
-
-    // Without a set-up the system lists its clients and can seek, but sends no commands.
-    explicit Media(MediaSource preferred = MediaSource::systemWide,
-                   const std::function<void(FakeEnvironment&)>& setUp = {})
-    {
-        settings.update(Keys::generalSettings(), [&](GeneralSettings& s) { s.preferredMediaSource = preferred; });
-        environment.running = {"VLC"};
-        environment.functions->getClients = [this] { return clients; };
-        environment.functions->clientBundleID = [](const QVariant& c) { return c.toStringList().value(0); };
-        environment.functions->clientName = [](const QVariant& c) { return c.toStringList().value(1); };
-        environment.functions->clientID = [](const QVariant& c) { return c.toStringList().value(2); };
-        environment.functions->clientPID = [](const QVariant&) { return std::optional<qint32>(42); };
-        environment.functions->setElapsedTime = [](double) { return true; };
-        if (setUp)
-            setUp(environment);
-        manager = std::make_unique<MediaManager>(
-            MediaManager::Dependencies{scheduler, timers, settings, activities, environment});
-    }
-    void deliver(const TrackInfo& info) { environment.controller->onTrackInfoReceived(info); }
-    bool mediaRaised() const { return activities.rawActiveLiveActivities().count(LiveActivity::media) > 0; }
-
-    std::vector<QVariant> clients;
-};
 } // namespace
 
 TEST(Track, IsReplacedByAnotherTrackAnotherPlayerOrItsFirstArtwork)

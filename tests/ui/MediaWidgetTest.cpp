@@ -1,8 +1,3 @@
-#include "activities/ActiveLiveActivitiesManager.h"
-#include "core/ManualScheduler.h"
-#include "core/TimersManager.h"
-#include "media/MediaManager.h"
-
 #include "support/FakeMediaEnvironment.h"
 #include "support/Polling.h"
 
@@ -17,6 +12,7 @@
 
 using namespace kelvane;
 using kelvane::test::FakeEnvironment;
+using kelvane::test::Media;
 
 namespace {
 // Items by name in the scene, repeated ones included.
@@ -46,31 +42,24 @@ void tap(QQuickWindow& window, const QString& name)
 // pauses and puts the music away, all on the media manager the notch shows.
 TEST(MediaWidget, MenuPinsASourceAndPausesAndDismisses)
 {
-    ManualScheduler scheduler;
-    TimersManager timers{scheduler};
-    InMemorySettingsDomain domain;
-    SettingsStore settings{domain};
-    ActiveLiveActivitiesManager activities{settings};
-    FakeEnvironment environment;
-    std::vector<QVariant> clients{QStringList{"mpv", "mpv", ":a"}, QStringList{"mpv", "mpv", ":b"}};
     QStringList sent;
-    environment.functions->getClients = [&] { return clients; };
-    environment.functions->clientBundleID = [](const QVariant& c) { return c.toStringList().value(0); };
-    environment.functions->clientName = [](const QVariant& c) { return c.toStringList().value(1); };
-    environment.functions->clientID = [](const QVariant& c) { return c.toStringList().value(2); };
-    environment.functions->clientPID = [](const QVariant& c) { return std::optional<qint32>(c.toStringList().value(2) == ":a" ? 1 : 2); };
-    environment.functions->sendCommandToApp = [&](MediaCommand command, const QString& client) {
-        sent << QString("%1 %2").arg(client).arg(int(command));
-        return true;
-    };
-    MediaManager media({scheduler, timers, settings, activities, environment});
+    Media m(MediaSource::systemWide, [&](FakeEnvironment& e) {
+        e.functions->sendCommandToApp = [&](MediaCommand command, const QString& client) {
+            sent << QString("%1 %2").arg(client).arg(int(command));
+            return true;
+        };
+    });
+    m.clients = {QStringList{"mpv", "mpv", ":a"}, QStringList{"mpv", "mpv", ":b"}};
+    MediaManager& media = *m.manager;
+    auto& environment = m.environment;
+    auto& activities = m.activities;
     TrackInfo playing;
     playing.payload = TrackInfo::Payload{};
     playing.payload->title = "Song";
     playing.payload->bundleIdentifier = "mpv";
     playing.payload->clientID = ":a";
     playing.payload->isPlaying = true;
-    environment.controller->onTrackInfoReceived(playing);
+    m.deliver(playing);
 
     QQmlEngine engine;
     engine.rootContext()->setContextProperty("mediaManager", &media);
