@@ -56,14 +56,6 @@ QByteArray weblocPropertyList(const QString& address)
            address.toHtmlEscaped().toUtf8() + QByteArrayLiteral("</string>\n</dict>\n</plist>\n");
 }
 
-std::optional<QString> extractTextOrURL(const Pasteboard& pasteboard)
-{
-    for (const QString& type : {PasteboardType::url, PasteboardType::legacyURL, PasteboardType::plainText,
-                                PasteboardType::legacyString})
-        if (auto text = pasteboard.string(type))
-            return text;
-    return std::nullopt;
-}
 } // namespace
 
 DropZone::DropZone(Dependencies dependencies, QObject* parent)
@@ -195,15 +187,16 @@ bool DropZone::performDrop(const Pasteboard& pasteboard)
             tray->addFilesFromURLs(urls, {}, drop);
     };
 
-    if (const QList<QUrl> files = pasteboard.fileURLs(); !files.isEmpty()) {
-        stageTemporaryFiles(files, drop, tray, deliver);
-    } else if (const auto text = extractTextOrURL(pasteboard)) {
+    const Dropped dropped = resolve(pasteboard);
+    if (!dropped.files.isEmpty()) {
+        stageTemporaryFiles(dropped.files, drop, tray, deliver);
+    } else if (dropped.text) {
         if (folder.isEmpty())
             emitLine(QStringLiteral("Error creating text file: there is no staging folder"));
-        else if (const auto written = writeDroppedText(*text, folder))
+        else if (const auto written = writeDroppedText(*dropped.text, folder))
             deliver({*written});
-    } else if (const auto receivers = pasteboard.filePromiseReceivers(); !receivers.isEmpty() && !folder.isEmpty()) {
-        receivePromises(receivers, folder, deliver);
+    } else if (!dropped.promises.isEmpty() && !folder.isEmpty()) {
+        receivePromises(dropped.promises, folder, deliver);
     }
     finishDragging(closeAfter);
     return true;
@@ -272,28 +265,44 @@ void DropZone::stageTemporaryFiles(const QList<QUrl>& urls, const std::shared_pt
     }));
 }
 
+DropZone::Dropped DropZone::resolve(const Pasteboard& pasteboard)
+{
+    Dropped dropped;
+    dropped.files = pasteboard.fileURLs();
+    if (!dropped.files.isEmpty())
+        return dropped;
+    for (const QString& type :
+         {PasteboardType::url, PasteboardType::legacyURL, PasteboardType::plainText, PasteboardType::legacyString})
+        if ((dropped.text = pasteboard.string(type)))
+            return dropped;
+    dropped.promises = pasteboard.filePromiseReceivers();
+    return dropped;
+}
+
+DropZone::TextFile DropZone::textFile(const QString& text)
+{
+    if (const QString address = text.trimmed(); isWebAddress(address))
+        return {QStringLiteral("shared_url.webloc"), weblocPropertyList(address)};
+    return {QStringLiteral("shared_text.txt"), text.toUtf8()};
+}
+
 std::optional<QUrl> DropZone::writeDroppedText(const QString& text, const QString& folder)
 {
-    const QDir dir(folder);
-    if (isWebAddress(text.trimmed())) {
-        const QString address = text.trimmed();
-        const QString path = dir.filePath(QStringLiteral("shared_url.webloc"));
-        auto error = writeFile(path, weblocPropertyList(address));
-        if (!error)
-            return QUrl::fromLocalFile(path);
-        emitLine(QStringLiteral("Error creating .webloc file: ") + *error);
-        error = writeFile(path, QStringLiteral("[InternetShortcut]\nURL=%1").arg(address).toUtf8());
-        if (!error)
-            return QUrl::fromLocalFile(path);
-        emitLine(QStringLiteral("Fallback URL file creation failed: ") + *error);
-        return std::nullopt;
-    }
-    const QString path = dir.filePath(QStringLiteral("shared_text.txt"));
-    if (const auto error = writeFile(path, text.toUtf8())) {
+    const TextFile file = textFile(text);
+    const QString path = QDir(folder).filePath(file.name);
+    auto error = writeFile(path, file.contents);
+    if (!error)
+        return QUrl::fromLocalFile(path);
+    if (!file.name.endsWith(QLatin1StringView(".webloc"))) {
         emitLine(QStringLiteral("Error creating text file: ") + *error);
         return std::nullopt;
     }
-    return QUrl::fromLocalFile(path);
+    emitLine(QStringLiteral("Error creating .webloc file: ") + *error);
+    error = writeFile(path, QStringLiteral("[InternetShortcut]\nURL=%1").arg(text.trimmed()).toUtf8());
+    if (!error)
+        return QUrl::fromLocalFile(path);
+    emitLine(QStringLiteral("Fallback URL file creation failed: ") + *error);
+    return std::nullopt;
 }
 
 void DropZone::receivePromises(const QList<std::shared_ptr<FilePromiseReceiver>>& receivers, const QString& folder,

@@ -109,6 +109,20 @@ public:
     // Set while the tray's own files are dragged out, so that they do not land in it again.
     void setDropsSuppressed(bool suppressed);
 
+    // What a drop is made into, the first that it carries: its files, else its web address or
+    // text (written as a file), else the files it promises.
+    struct Dropped {
+        QList<QUrl> files;
+        std::optional<QString> text;
+        QList<std::shared_ptr<FilePromiseReceiver>> promises;
+    };
+    static Dropped resolve(const Pasteboard& pasteboard);
+    // The file that dropped text is written as: its name and contents.
+    struct TextFile {
+        QString name;
+        QByteArray contents;
+    };
+    static TextFile textFile(const QString& text);
     // Writes dropped text into `folder`: a web address as "shared_url.webloc", other text as
     // "shared_text.txt". Nothing when it cannot be written (the line says why).
     static std::optional<QUrl> writeDroppedText(const QString& text, const QString& folder);

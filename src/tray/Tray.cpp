@@ -1,6 +1,7 @@
 #include "Tray.h"
 
 #include "FileCopy.h"
+#include "SavedTrayList.h"
 
 #include "activities/ActiveLiveActivitiesManager.h"
 #include "core/Clock.h"
@@ -167,25 +168,6 @@ void keepAside(const QString& path)
     QFile::remove(kept);
     QFile::copy(path, kept);
 }
-
-// Why a saved record is not a tray file, or nothing when it is one.
-std::optional<QString> whyNotARecord(const QJsonValue& value)
-{
-    const QJsonObject object = value.toObject();
-    const QUrl url(object.value(QStringLiteral("url")).toString(), QUrl::StrictMode);
-    const QJsonValue stack = object.value(QStringLiteral("stackID"));
-    if (!value.isObject())
-        return QStringLiteral("not an object");
-    if (!url.isValid() || !url.isLocalFile() || !QFileInfo(url.toLocalFile()).isAbsolute())
-        return QStringLiteral("no file URL");
-    if (!QDateTime::fromString(object.value(QStringLiteral("addedAt")).toString(), Qt::ISODate).isValid())
-        return QStringLiteral("no date it was added");
-    if (!object.value(QStringLiteral("originalName")).isString())
-        return QStringLiteral("no name");
-    if (!stack.isUndefined() && QUuid::fromString(stack.toString()).isNull())
-        return QStringLiteral("a stack id that is not one");
-    return std::nullopt;
-}
 } // namespace
 
 void Tray::loadPersistedFiles()
@@ -207,35 +189,25 @@ void Tray::loadPersistedFiles()
     watcher->setFuture(QtConcurrent::run([path, now, home] {
         LoadResult result;
         QFile in(path);
-        QJsonParseError parseError{};
-        const QJsonDocument document =
-            in.open(QIODevice::ReadOnly) ? QJsonDocument::fromJson(in.readAll(), &parseError) : QJsonDocument();
-        if (!document.isArray()) {
-            const QString why = !in.isOpen() ? in.errorString()
-                                : parseError.error != QJsonParseError::NoError ? parseError.errorString()
-                                                                               : QStringLiteral("not a list of files");
+        const SavedTrayList saved =
+            in.open(QIODevice::ReadOnly) ? SavedTrayList::read(in.readAll()) : SavedTrayList{{}, {}, in.errorString()};
+        if (saved.error) {
             keepAside(path);
-            trayLine(QStringLiteral("Failed to load tray state: %1 (kept as %2.broken)").arg(why, QFileInfo(path).fileName()));
+            trayLine(QStringLiteral("Failed to load tray state: %1 (kept as %2.broken)")
+                         .arg(*saved.error, QFileInfo(path).fileName()));
             result.rewrite = true;
             return result;
         }
-        const QJsonArray records = document.array();
         QList<Made> present;
-        QStringList bad;
-        for (qsizetype i = 0; i < records.size(); ++i) {
-            if (const auto why = whyNotARecord(records[i])) {
-                bad << QStringLiteral("record %1 (%2)").arg(i + 1).arg(*why);
+        for (const SavedTrayList::Entry& entry : saved.entries) {
+            if (!QFileInfo::exists(entry.url.toLocalFile())) {
+                trayLine(QStringLiteral("Dropping missing file from persisted state: ") +
+                         TrayFile::fileName(entry.url));
                 continue;
             }
-            const QJsonObject object = records[i].toObject();
-            const QUrl url(object.value(QStringLiteral("url")).toString(), QUrl::StrictMode);
-            if (!QFileInfo::exists(url.toLocalFile())) {
-                trayLine(QStringLiteral("Dropping missing file from persisted state: ") + TrayFile::fileName(url));
-                continue;
-            }
-            const QJsonValue stack = object.value(QStringLiteral("stackID"));
-            present.append({url, stack.isUndefined() ? std::nullopt : std::optional(QUuid::fromString(stack.toString()))});
+            present.append({entry.url, entry.stackID});
         }
+        const QStringList& bad = saved.rejected;
         if (!bad.isEmpty()) {
             keepAside(path);
             result.rewrite = true;

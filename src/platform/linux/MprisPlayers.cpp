@@ -1,5 +1,7 @@
 #include "MprisPlayers.h"
 
+#include "MprisDecoding.h"
+
 #include "media/MediaSources.h"
 
 #include <QDBusArgument>
@@ -29,72 +31,6 @@ constexpr int artworkSide = 512;
 constexpr qint64 artworkMaxBytes = 16 * 1024 * 1024;
 constexpr int callTimeoutMs = 5000;
 
-// D-Bus values as plain Qt values: variants unwrapped, dictionaries as maps, arrays as lists.
-QVariant plain(const QVariant& value)
-{
-    if (value.userType() == qMetaTypeId<QDBusVariant>())
-        return plain(value.value<QDBusVariant>().variant());
-    if (value.userType() != qMetaTypeId<QDBusArgument>())
-        return value;
-    const QDBusArgument argument = value.value<QDBusArgument>();
-    switch (argument.currentType()) {
-    case QDBusArgument::MapType: {
-        QVariantMap map;
-        argument.beginMap();
-        while (!argument.atEnd()) {
-            argument.beginMapEntry();
-            const QString key = plain(argument.asVariant()).toString();
-            map.insert(key, plain(argument.asVariant()));
-            argument.endMapEntry();
-        }
-        argument.endMap();
-        return map;
-    }
-    case QDBusArgument::ArrayType: {
-        QVariantList list;
-        argument.beginArray();
-        while (!argument.atEnd())
-            list.append(plain(argument.asVariant()));
-        argument.endArray();
-        return list;
-    }
-    default:
-        return argument.asVariant();
-    }
-}
-
-QVariantMap plainMap(const QVariant& value) { return plain(value).toMap(); }
-
-QString joined(const QVariant& value)
-{
-    if (value.userType() == QMetaType::QString)
-        return value.toString();
-    QStringList parts;
-    for (const QVariant& part : value.toList())
-        parts.append(part.toString());
-    if (parts.isEmpty())
-        parts = value.toStringList();
-    return parts.join(QStringLiteral(", "));
-}
-
-std::optional<qint64> micros(const QVariant& value)
-{
-    bool ok = false;
-    const qint64 number = value.toLongLong(&ok);
-    if (ok)
-        return number;
-    const double real = value.toDouble(&ok);
-    return ok ? std::optional<qint64>(static_cast<qint64>(real)) : std::nullopt;
-}
-
-QString trackId(const QVariantMap& metadata)
-{
-    const QVariant id = metadata.value(QStringLiteral("mpris:trackid"));
-    if (id.userType() == qMetaTypeId<QDBusObjectPath>())
-        return id.value<QDBusObjectPath>().path();
-    return id.toString();
-}
-
 QImage artworkFrom(QImage image)
 {
     if (image.width() > artworkSide || image.height() > artworkSide)
@@ -110,32 +46,6 @@ std::optional<qint64> MprisPlayer::currentPositionMicros() const
     if (playbackStatus != QLatin1String("Playing") || !positionReadAt.isValid())
         return positionMicros;
     return *positionMicros + positionReadAt.nsecsElapsed() / 1000;
-}
-
-TrackInfo MprisPlayer::trackInfo() const
-{
-    QString title = metadata.value(QStringLiteral("xesam:title")).toString();
-    if (title.isEmpty())
-        title = QUrl(metadata.value(QStringLiteral("xesam:url")).toString()).fileName();
-    if (playbackStatus == QLatin1String("Stopped") || title.isEmpty())
-        return {};
-    TrackInfo::Payload payload;
-    payload.title = title;
-    if (const QVariant artist = metadata.value(QStringLiteral("xesam:artist")); artist.isValid())
-        payload.artist = joined(artist);
-    if (const QVariant album = metadata.value(QStringLiteral("xesam:album")); album.isValid())
-        payload.album = album.toString();
-    payload.applicationName = displayName;
-    payload.bundleIdentifier = bundleIdentifier;
-    payload.clientID = busName;
-    if (playbackStatus == QLatin1String("Playing") || playbackStatus == QLatin1String("Paused"))
-        payload.isPlaying = playbackStatus == QLatin1String("Playing");
-    if (const auto length = micros(metadata.value(QStringLiteral("mpris:length"))); length && *length > 0)
-        payload.durationMicros = static_cast<double>(*length);
-    if (const auto position = currentPositionMicros())
-        payload.elapsedTimeMicros = static_cast<double>(std::max<qint64>(0, *position));
-    payload.artwork = artwork;
-    return TrackInfo{payload};
 }
 
 int MprisPlayer::rank() const
@@ -256,10 +166,10 @@ bool MprisPlayers::send(const QString& busName, MediaCommand command)
 bool MprisPlayers::setPosition(const QString& busName, qint64 micros)
 {
     const MprisPlayer* target = player(busName);
-    if (!target || trackId(target->metadata).isEmpty())
+    if (!target || mpris::trackId(target->metadata).isEmpty())
         return false;
     return call(busName, QStringLiteral("SetPosition"),
-                {QVariant::fromValue(QDBusObjectPath(trackId(target->metadata))), QVariant::fromValue(micros)});
+                {QVariant::fromValue(QDBusObjectPath(mpris::trackId(target->metadata))), QVariant::fromValue(micros)});
 }
 
 bool MprisPlayers::raise(const QString& busName) { return call(busName, QStringLiteral("Raise")); }
@@ -308,23 +218,11 @@ void MprisPlayers::add(const QString& busName, const QString& owner)
                << interface;
     };
     whenReplied(getAll(rootInterface), busName, [this, busName](const QDBusMessage& reply) {
-        const QVariantMap properties = plainMap(reply.arguments().value(0));
-        MprisPlayer& described = m_players[busName];
-        described.identity = properties.value(QStringLiteral("Identity")).toString();
-        described.desktopEntry = properties.value(QStringLiteral("DesktopEntry")).toString();
-        QString name = described.desktopEntry;
-        if (name.isEmpty()) {
-            name = busName.mid(prefix().size());
-            // Players that may run more than once add ".instance<pid>".
-            if (const qsizetype instance = name.indexOf(QStringLiteral(".instance")); instance > 0)
-                name.truncate(instance);
-        }
-        described.bundleIdentifier = canonicalPlayerIdentifier(name);
-        described.displayName = described.identity.isEmpty() ? name : described.identity;
+        mpris::describe(m_players[busName], mpris::plainMap(reply.arguments().value(0)));
         replied(busName);
     });
     whenReplied(getAll(playerInterface), busName, [this, busName](const QDBusMessage& reply) {
-        applyPlayerProperties(m_players[busName], plainMap(reply.arguments().value(0)));
+        applyPlayerProperties(m_players[busName], mpris::plainMap(reply.arguments().value(0)));
         replied(busName);
     });
     const auto getPid = QDBusMessage::createMethodCall(busService, QStringLiteral("/org/freedesktop/DBus"), busService,
@@ -391,31 +289,13 @@ void MprisPlayers::onNameOwnerChanged(const QString& name, const QString& oldOwn
 
 void MprisPlayers::applyPlayerProperties(MprisPlayer& player, const QVariantMap& properties)
 {
-    bool positionStale = false;
-    if (const auto status = properties.constFind(QStringLiteral("PlaybackStatus")); status != properties.cend()) {
-        const QString value = status->toString();
-        if (value != player.playbackStatus) {
-            // The position stops or starts moving from here.
-            player.positionMicros = player.currentPositionMicros();
-            player.positionReadAt.start();
-            player.lastStateChange = ++m_stateChanges;
-            player.playbackStatus = value;
-            positionStale = true;
-        }
-    }
-    if (const auto metadata = properties.constFind(QStringLiteral("Metadata")); metadata != properties.cend()) {
-        QVariantMap fresh = plainMap(*metadata);
-        positionStale = positionStale || trackId(fresh) != trackId(player.metadata) ||
-                        fresh.value(QStringLiteral("xesam:url")) != player.metadata.value(QStringLiteral("xesam:url"));
-        player.metadata = std::move(fresh);
+    const mpris::Changes changes = mpris::apply(player, properties);
+    if (changes.status)
+        player.lastStateChange = ++m_stateChanges;
+    if (changes.metadata)
         loadArtwork(player);
-    }
-    if (const auto position = properties.constFind(QStringLiteral("Position")); position != properties.cend()) {
-        player.positionMicros = micros(*position);
-        player.positionReadAt.start();
-    } else if (positionStale && player.ready) {
+    if (changes.positionStale && player.ready)
         readPosition(player.busName);
-    }
 }
 
 void MprisPlayers::reread(const QString& busName)
@@ -425,7 +305,7 @@ void MprisPlayers::reread(const QString& busName)
     whenReplied(getAll, busName, [this, busName](const QDBusMessage& reply) {
         if (reply.type() != QDBusMessage::ReplyMessage)
             return;
-        applyPlayerProperties(m_players[busName], plainMap(reply.arguments().value(0)));
+        applyPlayerProperties(m_players[busName], mpris::plainMap(reply.arguments().value(0)));
         Q_EMIT playerChanged(busName);
     });
 }
@@ -438,7 +318,7 @@ void MprisPlayers::onPropertiesChanged(const QDBusMessage& message)
     MprisPlayer* player = byOwner(message.service());
     if (!player)
         return;
-    applyPlayerProperties(*player, plainMap(arguments.value(1)));
+    applyPlayerProperties(*player, mpris::plainMap(arguments.value(1)));
     // Players may name what changed without its value.
     if (!arguments.value(2).toStringList().isEmpty() && player->ready)
         reread(player->busName);
@@ -451,7 +331,7 @@ void MprisPlayers::onSeeked(const QDBusMessage& message)
     MprisPlayer* player = byOwner(message.service());
     if (!player)
         return;
-    player->positionMicros = micros(plain(message.arguments().value(0)));
+    player->positionMicros = mpris::micros(mpris::plain(message.arguments().value(0)));
     player->positionReadAt.start();
     if (player->ready)
         Q_EMIT playerChanged(player->busName);
@@ -471,7 +351,7 @@ void MprisPlayers::readPosition(const QString& busName)
         const bool again = m_positionReads.take(busName);
         if (reply.type() == QDBusMessage::ReplyMessage) {
             MprisPlayer& player = m_players[busName];
-            player.positionMicros = micros(plain(reply.arguments().value(0)));
+            player.positionMicros = mpris::micros(mpris::plain(reply.arguments().value(0)));
             player.positionReadAt.start();
             Q_EMIT playerChanged(busName);
         }
