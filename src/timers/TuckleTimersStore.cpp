@@ -25,11 +25,12 @@ std::optional<QDateTime> fromStored(const std::optional<double>& seconds)
     return dateFromReferenceSeconds(*seconds);
 }
 
-// A stored date that no date can stand for makes its snapshot undecodable.
-bool datesDecode(const TimerSnapshot& snapshot)
+// A stored date that no date can stand for, or a negative length, makes its snapshot undecodable.
+bool decodes(const TimerSnapshot& snapshot)
 {
     return (!snapshot.startedAt || dateFromReferenceSeconds(*snapshot.startedAt)) &&
-           (!snapshot.expiresAt || dateFromReferenceSeconds(*snapshot.expiresAt));
+           (!snapshot.expiresAt || dateFromReferenceSeconds(*snapshot.expiresAt)) && snapshot.totalSeconds >= 0 &&
+           snapshot.remainingSeconds >= 0;
 }
 
 std::optional<double> toStored(const std::optional<QDateTime>& date)
@@ -203,7 +204,7 @@ void TuckleTimersStore::load()
     if (!document.isArray())
         return;
     const auto snapshots = json::decode<std::vector<TimerSnapshot>>(document.array());
-    if (!snapshots || !std::all_of(snapshots->begin(), snapshots->end(), datesDecode))
+    if (!snapshots || !std::all_of(snapshots->begin(), snapshots->end(), decodes))
         return;
     const QDateTime current = now();
     for (const TimerSnapshot& snapshot : *snapshots) {
@@ -212,7 +213,11 @@ void TuckleTimersStore::load()
         timer->setState(snapshot.state);
         timer->setStartedAt(fromStored(snapshot.startedAt));
         timer->setExpiresAt(fromStored(snapshot.expiresAt));
-        if (snapshot.state == TimerEntry::State::running) {
+        if (snapshot.state == TimerEntry::State::expired) {
+            // An ended timer has nothing left, whatever was saved beside its state.
+            timer->setRemainingSeconds(0);
+            timer->setExpiresAt(std::nullopt);
+        } else if (snapshot.state == TimerEntry::State::running) {
             if (!timer->expiresAt()) {
                 // A run without an end cannot be timed: it waits, paused, for the user.
                 timer->setState(TimerEntry::State::paused);

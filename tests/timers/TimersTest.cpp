@@ -201,6 +201,11 @@ TEST(Timers, UnreadableSavedTimersLeaveAnEmptyList)
         "\"remainingSeconds\":5,\"state\":\"paused\",\"expiresAt\":1e17}]",
         "[{\"id\":\"22F4A360-C1B9-44D8-BF8D-901510CD11F9\",\"label\":\"Tea\",\"totalSeconds\":5,"
         "\"remainingSeconds\":5,\"state\":\"running\",\"expiresAt\":NaN}]",
+        // Lengths below nothing.
+        "[{\"id\":\"22F4A360-C1B9-44D8-BF8D-901510CD11F9\",\"label\":\"Tea\",\"totalSeconds\":5,"
+        "\"remainingSeconds\":-5,\"state\":\"paused\"}]",
+        "[{\"id\":\"22F4A360-C1B9-44D8-BF8D-901510CD11F9\",\"label\":\"Tea\",\"totalSeconds\":-60,"
+        "\"remainingSeconds\":0,\"state\":\"expired\"}]",
     };
     for (const char* text : stored) {
         Timers t;
@@ -211,6 +216,21 @@ TEST(Timers, UnreadableSavedTimersLeaveAnEmptyList)
         t.store->add("Tea", 5);
         EXPECT_EQ(t.saved().size(), 1);
     }
+}
+
+TEST(Timers, AnEndedTimerLoadsWithNothingLeftWhateverWasSavedBesideIt)
+{
+    Timers t;
+    t.domain.setValue("tuckleTimerEntries",
+                      QByteArray("[{\"id\":\"22F4A360-C1B9-44D8-BF8D-901510CD11F9\",\"label\":\"Tea\","
+                                 "\"totalSeconds\":60,\"remainingSeconds\":12,\"state\":\"expired\","
+                                 "\"expiresAt\":789300030}]"));
+    t.restart(0ms);
+    ASSERT_EQ(t.store->timers().size(), 1u);
+    EXPECT_EQ(t.store->timers()[0]->state(), State::expired);
+    EXPECT_EQ(t.store->timers()[0]->remainingSeconds(), 0);
+    EXPECT_EQ(t.store->timers()[0]->expiresAt(), std::nullopt);
+    EXPECT_FALSE(t.store->isTicking());
 }
 
 TEST(TimersDeathTest, StopTheProgramWhenTouchedOffTheMainThread)
