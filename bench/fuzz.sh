@@ -52,7 +52,7 @@ for target in "${targets[@]}"; do
         inputs=${inputs:-$(grep -oP '^#\K[0-9]+' "$log" | tail -1)}
         failed=1
     fi
-    printf '%-12s %12s %9.1f %8s %14s %10s\n' "$target" "${inputs:-?}" "$(echo "$ended - $started" | bc)" \
+    printf '%-12s %12s %9.1f %8s %14s %10s\n' "$target" "${inputs:-?}" "$(awk "BEGIN { print $ended - $started }")" \
         "$found" "${seedcov:-?}" "$(( ${lastcov:-0} - ${seedcov:-0} ))"
     if [[ $found -ne 0 ]]; then
         echo "  $target broke on an input (kept in $crashes):"

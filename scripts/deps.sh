@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Installs the Debian packages Kelvane needs, only when some are missing.
-# Usage: scripts/deps.sh build [test] [run]
+# Usage: scripts/deps.sh build [test] [fuzz] [run]
 set -euo pipefail
 
 build=(cmake g++ make pkg-config qt6-base-dev qt6-declarative-dev qml6-module-qtquick
@@ -8,6 +8,7 @@ build=(cmake g++ make pkg-config qt6-base-dev qt6-declarative-dev qml6-module-qt
        qml6-module-qtquick-templates qml6-module-qtquick-layouts libgl-dev libx11-dev libcanberra-dev
        libgtest-dev libgmock-dev libbenchmark-dev fonts-dejavu-core libxi-dev libpulse-dev libpoppler-qt6-dev)
 test=(python3-dbusmock xvfb xauth x11-utils x11-xserver-utils xdotool xclip dbus imagemagick sox mpv mpv-mpris pulseaudio pulseaudio-utils)
+fuzz=(clang libfuzzer-14-dev)
 run=(xvfb xauth x11-utils x11-xserver-utils xcompmgr xdotool imagemagick dbus sound-theme-freedesktop libcanberra-pulse)
 
 wanted=()
@@ -15,6 +16,7 @@ for group in "$@"; do
     case "$group" in
         build) wanted+=("${build[@]}") ;;
         test) wanted+=("${test[@]}") ;;
+        fuzz) wanted+=("${fuzz[@]}") ;;
         run) wanted+=("${run[@]}") ;;
         *) echo "unknown package group: $group" >&2; exit 2 ;;
     esac

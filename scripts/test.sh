@@ -3,7 +3,7 @@
 # start their own X servers).
 set -euo pipefail
 cd "$(dirname "$0")/.."
-scripts/deps.sh build test
+scripts/deps.sh build test fuzz
 scripts/configure.sh
 cmake --build build -j "$(nproc)"
 ctest --test-dir build --output-on-failure -j "$(nproc)" --timeout 300
@@ -45,3 +45,12 @@ if [[ ! -f build-tsan/CMakeCache.txt ]]; then
 fi
 cmake --build build-tsan -j "$(nproc)" --target core_tests hud_tests
 sanitizer_run build-tsan threads
+
+# Every reader of saved and foreign data under libFuzzer, with the same two sanitizers, for a fixed
+# number of inputs over its seeds and the inputs that once broke it: a crash fails the run.
+if [[ ! -f build-fuzz/CMakeCache.txt ]]; then
+    CC=clang CXX=clang++ cmake -S . -B build-fuzz -DCMAKE_BUILD_TYPE=RelWithDebInfo -DKELVANE_FUZZ=ON \
+        -DKELVANE_TESTS=OFF -DKELVANE_BENCH=OFF
+fi
+cmake --build build-fuzz -j "$(nproc)" --target kelvane_fuzzers
+bench/fuzz.sh 20000

@@ -7,7 +7,7 @@
 namespace kelvane {
 
 namespace {
-constexpr qint64 longest = 7 * 24 * 3600;
+constexpr qint64 longest = longestDurationSeconds;
 
 std::optional<qint64> withinLimit(double seconds)
 {

@@ -1,5 +1,6 @@
 #include "TuckleTimersStore.h"
 
+#include "Duration.h"
 #include "TimerSnapshot.h"
 
 #include "activities/ActiveLiveActivitiesManager.h"
@@ -25,12 +26,13 @@ std::optional<QDateTime> fromStored(const std::optional<double>& seconds)
     return dateFromReferenceSeconds(*seconds);
 }
 
-// A stored date that no date can stand for, or a negative length, makes its snapshot undecodable.
+// A stored date that no date can stand for, or lengths no timer can have (below nothing, more left
+// than its length, longer than the longest), make a snapshot undecodable.
 bool decodes(const TimerSnapshot& snapshot)
 {
     return (!snapshot.startedAt || dateFromReferenceSeconds(*snapshot.startedAt)) &&
-           (!snapshot.expiresAt || dateFromReferenceSeconds(*snapshot.expiresAt)) && snapshot.totalSeconds >= 0 &&
-           snapshot.remainingSeconds >= 0;
+           (!snapshot.expiresAt || dateFromReferenceSeconds(*snapshot.expiresAt)) && snapshot.remainingSeconds >= 0 &&
+           snapshot.remainingSeconds <= snapshot.totalSeconds && snapshot.totalSeconds <= longestDurationSeconds;
 }
 
 std::optional<double> toStored(const std::optional<QDateTime>& date)
@@ -225,6 +227,10 @@ void TuckleTimersStore::load()
                 timer->setState(TimerEntry::State::expired);
                 timer->setRemainingSeconds(0);
                 timer->setExpiresAt(std::nullopt);
+            } else if (left > timer->totalSeconds() * 1000) {
+                // It ends later than it could (the clock was set back): it runs its whole length from now.
+                timer->setRemainingSeconds(timer->totalSeconds());
+                timer->setExpiresAt(current.addSecs(timer->totalSeconds()));
             } else {
                 timer->setRemainingSeconds(ceilingSeconds(left));
             }

@@ -206,6 +206,11 @@ TEST(Timers, UnreadableSavedTimersLeaveAnEmptyList)
         "\"remainingSeconds\":-5,\"state\":\"paused\"}]",
         "[{\"id\":\"22F4A360-C1B9-44D8-BF8D-901510CD11F9\",\"label\":\"Tea\",\"totalSeconds\":-60,"
         "\"remainingSeconds\":0,\"state\":\"expired\"}]",
+        // More left than the length, and longer than a week.
+        "[{\"id\":\"22F4A360-C1B9-44D8-BF8D-901510CD11F9\",\"label\":\"Tea\",\"totalSeconds\":5,"
+        "\"remainingSeconds\":6,\"state\":\"paused\"}]",
+        "[{\"id\":\"22F4A360-C1B9-44D8-BF8D-901510CD11F9\",\"label\":\"Tea\",\"totalSeconds\":604801,"
+        "\"remainingSeconds\":5,\"state\":\"paused\"}]",
     };
     for (const char* text : stored) {
         Timers t;
@@ -231,6 +236,25 @@ TEST(Timers, AnEndedTimerLoadsWithNothingLeftWhateverWasSavedBesideIt)
     EXPECT_EQ(t.store->timers()[0]->remainingSeconds(), 0);
     EXPECT_EQ(t.store->timers()[0]->expiresAt(), std::nullopt);
     EXPECT_FALSE(t.store->isTicking());
+}
+
+TEST(Timers, ARunningTimerThatEndsLaterThanItCouldRunsItsLengthFromTheStart)
+{
+    // The clock was set back (or the file edited): the saved end is further away than the length.
+    Timers t;
+    const double now = secondsSinceReferenceDate(t.scheduler.clock().wallTime());
+    t.domain.setValue("tuckleTimerEntries",
+                      QStringLiteral("[{\"id\":\"22F4A360-C1B9-44D8-BF8D-901510CD11F9\",\"label\":\"Tea\","
+                                     "\"totalSeconds\":60,\"remainingSeconds\":30,\"state\":\"running\","
+                                     "\"expiresAt\":%1}]")
+                          .arg(now + 3600, 0, 'f', 3)
+                          .toUtf8());
+    t.restart(0ms);
+    ASSERT_EQ(t.store->timers().size(), 1u);
+    TimerEntry* tea = t.store->timers()[0];
+    EXPECT_EQ(tea->remainingSeconds(), 60);
+    t.scheduler.advance(60s);
+    EXPECT_EQ(tea->state(), State::expired);
 }
 
 TEST(TimersDeathTest, StopTheProgramWhenTouchedOffTheMainThread)

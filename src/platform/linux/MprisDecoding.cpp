@@ -7,6 +7,8 @@
 #include <QDBusVariant>
 #include <QUrl>
 
+#include <cmath>
+
 namespace kelvane::mpris {
 
 QVariant plain(const QVariant& value)
@@ -60,12 +62,21 @@ QString joined(const QVariant& value)
 
 std::optional<qint64> micros(const QVariant& value)
 {
+    // Far beyond any track (some 285 years), and still exact as a real number: a position moved on
+    // from here, or shown as a real number, never overflows.
+    constexpr qint64 longest = qint64(1) << 53;
+    if (value.typeId() == QMetaType::ULongLong) {
+        const quint64 number = value.toULongLong();
+        return number <= quint64(longest) ? std::optional(qint64(number)) : std::nullopt;
+    }
     bool ok = false;
     const qint64 number = value.toLongLong(&ok);
     if (ok)
-        return number;
+        return number >= -longest && number <= longest ? std::optional(number) : std::nullopt;
     const double real = value.toDouble(&ok);
-    return ok ? std::optional<qint64>(static_cast<qint64>(real)) : std::nullopt;
+    if (!ok || !std::isfinite(real) || std::abs(real) > double(longest))
+        return std::nullopt;
+    return static_cast<qint64>(real);
 }
 
 QString trackId(const QVariantMap& metadata)
