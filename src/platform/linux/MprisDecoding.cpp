@@ -127,7 +127,6 @@ Changes apply(MprisPlayer& player, const QVariantMap& properties)
     if (const auto position = properties.constFind(QStringLiteral("Position")); position != properties.cend()) {
         player.positionMicros = micros(*position);
         player.positionReadAt.start();
-        changes.position = true;
         changes.positionStale = false;
     }
     return changes;

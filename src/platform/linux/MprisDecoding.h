@@ -27,7 +27,6 @@ void describe(MprisPlayer& player, const QVariantMap& rootProperties);
 struct Changes {
     bool status = false;
     bool metadata = false;
-    bool position = false;
     // The track or the playback status changed without a position: the one held is no longer right.
     bool positionStale = false;
 };
