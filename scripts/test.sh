@@ -19,7 +19,7 @@ sanitizer_run() {
     LSAN_OPTIONS="suppressions=$PWD/tests/data/sanitizers/lsan.supp" \
     ASAN_OPTIONS="detect_leaks=1:abort_on_error=1:log_path=$reports/asan" \
     UBSAN_OPTIONS="print_stacktrace=1:halt_on_error=1:log_path=$reports/ubsan" \
-    TSAN_OPTIONS="halt_on_error=1:second_deadlock_stack=1:suppressions=$PWD/tests/data/sanitizers/tsan.supp:log_path=$reports/tsan" \
+    TSAN_OPTIONS="halt_on_error=1:second_deadlock_stack=1:die_after_fork=0:ignore_noninstrumented_modules=1:suppressions=$PWD/tests/data/sanitizers/tsan.supp:log_path=$reports/tsan" \
         ctest --test-dir "$build" --output-on-failure -j "$(nproc)" --timeout 600 ${label:+-L "$label"} || status=1
     local found
     found=$(grep -lE "ERROR: |runtime error|WARNING: ThreadSanitizer" "$reports"/* 2>/dev/null || true)
@@ -37,13 +37,13 @@ fi
 cmake --build build-sanitize -j "$(nproc)"
 sanitizer_run build-sanitize ""
 
-# The parts that run threads of their own (the key thread and its listener, the serial work queue)
-# under ThreadSanitizer, in the tests labelled for them. Work handed over through Qt's own queues
-# is out of its sight while Qt is not built for it.
+# The parts that run threads of their own under ThreadSanitizer, in the tests labelled for them:
+# the key thread and its listener, the serial work queue, the tray's copy and read workers and its
+# folder watch, the player decoding beside the D-Bus thread.
 if [[ ! -f build-tsan/CMakeCache.txt ]]; then
     cmake -S . -B build-tsan -DCMAKE_BUILD_TYPE=Debug -DKELVANE_SANITIZE_THREADS=ON -DKELVANE_BENCH=OFF
 fi
-cmake --build build-tsan -j "$(nproc)" --target core_tests hud_tests
+cmake --build build-tsan -j "$(nproc)" --target core_tests hud_tests tray_tests platform_tests
 sanitizer_run build-tsan threads
 
 # Every reader of saved and foreign data under libFuzzer, with the same two sanitizers, for a fixed

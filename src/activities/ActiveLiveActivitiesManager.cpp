@@ -1,5 +1,6 @@
 #include "ActiveLiveActivitiesManager.h"
 
+#include "core/HandOff.h"
 #include "core/MainThread.h"
 
 namespace kelvane {
@@ -32,7 +33,7 @@ ActiveLiveActivitiesManager::Set ActiveLiveActivitiesManager::activeLiveActiviti
 void ActiveLiveActivitiesManager::setActiveLiveActivities(const Set& activities)
 {
     if (!isMainThread()) {
-        QMetaObject::invokeMethod(this, [this, activities] { setActiveLiveActivities(activities); },
+        QMetaObject::invokeMethod(this, Handed([this, activities] { setActiveLiveActivities(activities); }),
                                   Qt::QueuedConnection);
         return;
     }

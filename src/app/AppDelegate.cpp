@@ -2,6 +2,7 @@
 
 #include "Identity.h"
 
+#include "core/HandOff.h"
 #include "core/Log.h"
 
 #include <QGuiApplication>
@@ -135,12 +136,11 @@ void AppDelegate::startBriVolKeyListener()
         m_volume, *m_brightness, [this](MediaKey key) { return m_keySource.grabbedElsewhere(key); },
         [this](const Indicator& indicator) {
             QMetaObject::invokeMethod(
-                this,
-                [this, indicator] {
+                this, Handed([this, indicator] {
                     if (m_windowsManager && m_liveActivitiesSettings)
                         m_windowsManager->showIndicator(indicator,
                                                         (*m_liveActivitiesSettings)->HUDReplacementShouldShowInAllScreens);
-                },
+                }),
                 Qt::QueuedConnection);
         },
         [](std::chrono::milliseconds delay) { std::this_thread::sleep_for(delay); }});

@@ -1,6 +1,7 @@
 #include "MediaManager.h"
 
 #include "activities/ActiveLiveActivitiesManager.h"
+#include "core/HandOff.h"
 #include "core/Log.h"
 #include "core/MainThread.h"
 #include "core/TimersManager.h"
@@ -484,8 +485,11 @@ void MediaManager::forceMediaControllerRestart(const std::optional<QString>& app
     QPointer<MediaManager> self(this);
     m_deps.environment.runInBackground([self, script, &environment = m_deps.environment] {
         environment.runScript(script);
-        QMetaObject::invokeMethod(
-            self.data(), [self] { if (self) self->startFreshMediaController(false, true); }, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(self.data(), Handed([self] {
+                                      if (self)
+                                          self->startFreshMediaController(false, true);
+                                  }),
+                                  Qt::QueuedConnection);
     });
 }
 

@@ -4,6 +4,7 @@
 #include "StagingArea.h"
 #include "Tray.h"
 
+#include "core/HandOff.h"
 #include "core/Log.h"
 #include "core/MainThread.h"
 
@@ -244,12 +245,12 @@ void DropZone::stageTemporaryFiles(const QList<QUrl>& urls, const std::shared_pt
     for (const Step& step : steps)
         if (!step.staged.isEmpty())
             QFile::remove(step.staged);
-    auto* watcher = new QFutureWatcher<QList<QUrl>>(context);
+    auto* watcher = new QFutureWatcher<Handed<QList<QUrl>>>(context);
     QObject::connect(watcher, &QFutureWatcherBase::finished, context, [watcher, deliver, drop] {
         watcher->deleteLater();
-        deliver(watcher->result());
+        deliver(*watcher->result());
     });
-    watcher->setFuture(QtConcurrent::run([steps] {
+    watcher->setFuture(QtConcurrent::run(Handed([steps]() -> Handed<QList<QUrl>> {
         QList<QUrl> staged;
         for (const Step& step : steps) {
             if (step.staged.isEmpty()) {
@@ -262,7 +263,7 @@ void DropZone::stageTemporaryFiles(const QList<QUrl>& urls, const std::shared_pt
             }
         }
         return staged;
-    }));
+    })));
 }
 
 DropZone::Dropped DropZone::resolve(const Pasteboard& pasteboard)

@@ -7,23 +7,21 @@ namespace kelvane {
 FolderMonitor::FolderMonitor(const QString& path, std::function<void()> callback)
 {
     m_thread.setObjectName(QStringLiteral("FolderMonitor"));
-    m_context = new QObject;
-    m_context->moveToThread(&m_thread);
+    // The watch is made here and moved to its own thread before that starts, so that its events
+    // are delivered there and no one waits for the thread to set it up.
+    auto* watcher = new QFileSystemWatcher;
+    m_watching = watcher->addPath(path);
+    QObject::connect(watcher, &QFileSystemWatcher::directoryChanged, watcher,
+                     [callback = std::move(callback)] { callback(); });
+    watcher->moveToThread(&m_thread);
+    m_context = watcher;
     m_thread.start();
-    // The watch is made on its own thread, so that its events are delivered there.
-    QMetaObject::invokeMethod(
-        m_context,
-        [this, path, callback = std::move(callback)] {
-            auto* watcher = new QFileSystemWatcher(m_context);
-            m_watching = watcher->addPath(path);
-            QObject::connect(watcher, &QFileSystemWatcher::directoryChanged, watcher, [callback] { callback(); });
-        },
-        Qt::BlockingQueuedConnection);
 }
 
 FolderMonitor::~FolderMonitor()
 {
-    QMetaObject::invokeMethod(m_context, [this] { delete m_context; }, Qt::BlockingQueuedConnection);
+    // A thread that finishes still deletes what was handed to it for deletion.
+    m_context->deleteLater();
     m_thread.quit();
     m_thread.wait();
 }

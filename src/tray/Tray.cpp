@@ -46,14 +46,17 @@ template <class Batch>
 std::shared_ptr<Batch> makeFiles(const QList<Made>& made, const QDateTime& now, QThread* home)
 {
     static QThreadPool readers;
+    QList<QFuture<Handed<TrayFile*>>> reads;
+    for (const Made& item : made)
+        reads.append(QtConcurrent::run(&readers, Handed([item, now, home] {
+            auto* file = new TrayFile(item.url, item.stackID, now, TrayFile::read(item.url));
+            file->record();
+            file->moveToThread(home);
+            return Handed(file);
+        })));
     auto batch = std::make_shared<Batch>();
-    const QList<TrayFile*> files = QtConcurrent::blockingMapped(&readers, made, [now, home](const Made& item) {
-        auto* file = new TrayFile(item.url, item.stackID, now, TrayFile::read(item.url));
-        file->record();
-        file->moveToThread(home);
-        return file;
-    });
-    batch->files.assign(files.begin(), files.end());
+    for (const auto& read : reads)
+        batch->files.push_back(*read.result());
     return batch;
 }
 
@@ -120,7 +123,11 @@ void Tray::watchTrayFolder()
         return;
     QPointer<Tray> self(this);
     m_folderMonitor = std::make_unique<FolderMonitor>(m_trayFolder, [self] {
-        QMetaObject::invokeMethod(self.data(), [self] { if (self) self->scheduleUpdateFiles(); }, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(self.data(), Handed([self] {
+                                      if (self)
+                                          self->scheduleUpdateFiles();
+                                  }),
+                                  Qt::QueuedConnection);
     });
 }
 
@@ -181,12 +188,12 @@ void Tray::loadPersistedFiles()
     // A loaded file takes the time of loading and its name from the disk.
     const QDateTime now = m_deps.scheduler.clock().wallTime();
     QThread* home = thread();
-    auto* watcher = new QFutureWatcher<LoadResult>(this);
+    auto* watcher = new QFutureWatcher<Handed<LoadResult>>(this);
     connect(watcher, &QFutureWatcherBase::finished, this, [this, watcher] {
         watcher->deleteLater();
-        finishLoad(watcher->result());
+        finishLoad(*watcher->result());
     });
-    watcher->setFuture(QtConcurrent::run([path, now, home] {
+    watcher->setFuture(QtConcurrent::run(Handed([path, now, home]() -> Handed<LoadResult> {
         LoadResult result;
         QFile in(path);
         const SavedTrayList saved =
@@ -216,7 +223,7 @@ void Tray::loadPersistedFiles()
         }
         result.batch = makeFiles<Batch>(present, now, home);
         return result;
-    }));
+    })));
 }
 
 std::vector<TrayFile*> Tray::adopt(const std::shared_ptr<Batch>& batch)
@@ -259,7 +266,7 @@ void Tray::shutdown()
     }
     // What was copied by then is taken in and saved; an add left to its worker is let go.
     if (m_adding && m_control && m_addWork.isFinished())
-        finishAdd(m_addWork.result());
+        finishAdd(*m_addWork.result());
     m_adding = false;
     m_writer->flush(1000);
 }
@@ -323,14 +330,14 @@ void Tray::startNextAdd()
     QThread* home = thread();
     m_progressTick = m_deps.scheduler.schedule(secondsToDelay(progressDelay), [this] { progressTick(); });
 
-    auto* watcher = new QFutureWatcher<AddResult>(this);
+    auto* watcher = new QFutureWatcher<Handed<AddResult>>(this);
     connect(watcher, &QFutureWatcherBase::finished, this, [this, watcher] {
         watcher->deleteLater();
         if (m_adding && !m_shutDown)
-            finishAdd(watcher->result());
+            finishAdd(*watcher->result());
     });
-    m_addWork = QtConcurrent::run([urls = m_current.urls, trayFolder = m_trayFolder, control = m_control,
-                                   total = m_bytesToCopy, now, home]() {
+    m_addWork = QtConcurrent::run(Handed([urls = m_current.urls, trayFolder = m_trayFolder, control = m_control,
+                                          total = m_bytesToCopy, now, home]() -> Handed<AddResult> {
         // Destinations are chosen by the worker: adds run one at a time, so two never pick the
         // same name, and the main thread never waits on the disk for them.
         struct Step {
@@ -379,7 +386,7 @@ void Tray::startNextAdd()
         for (const QUrl& url : held)
             made.append({url, stackID});
         return AddResult{makeFiles<Batch>(made, now, home)};
-    });
+    }));
     watcher->setFuture(m_addWork);
 }
 

@@ -7,6 +7,7 @@
 #include "TrayFile.h"
 #include "TrayStateWriter.h"
 
+#include "core/HandOff.h"
 #include "core/Scheduler.h"
 
 #include <QFileSystemWatcher>
@@ -227,7 +228,7 @@ private:
     // Loading the saved list or copying the files of one add.
     bool m_adding = false;
     bool m_shutDown = false;
-    QFuture<AddResult> m_addWork;
+    QFuture<Handed<AddResult>> m_addWork;
     std::unique_ptr<TrayStateWriter> m_writer;
     std::shared_ptr<CopyControl> m_control;
     std::shared_ptr<std::atomic<qint64>> m_bytesToCopy;

@@ -1,5 +1,6 @@
 #include "ImageProviders.h"
 
+#include "core/HandOff.h"
 #include "media/MediaManager.h"
 #include "tray/Tray.h"
 
@@ -43,13 +44,14 @@ QImage TrayImageProvider::requestImage(const QString& id, QSize* size, const QSi
     // Asked from the scene graph's thread: the file is looked up on the tray's.
     QImage image;
     if (m_tray)
-        QMetaObject::invokeMethod(
-            m_tray.data(),
-            [&] {
-                if (const TrayFile* file = m_tray->fileWithId(id))
-                    image = file->image();
-            },
-            QThread::currentThread() == m_tray->thread() ? Qt::DirectConnection : Qt::BlockingQueuedConnection);
+        QMetaObject::invokeMethod(m_tray.data(), Handed([&] {
+                                      if (const TrayFile* file = m_tray->fileWithId(id))
+                                          image = file->image();
+                                      handOver(&image);
+                                  }),
+                                  QThread::currentThread() == m_tray->thread() ? Qt::DirectConnection
+                                                                               : Qt::BlockingQueuedConnection);
+    takeOver(&image);
     return answer(image, size, requestedSize);
 }
 

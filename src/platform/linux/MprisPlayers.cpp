@@ -2,6 +2,7 @@
 
 #include "MprisDecoding.h"
 
+#include "core/HandOff.h"
 #include "media/MediaSources.h"
 
 #include <QDBusArgument>
@@ -371,15 +372,14 @@ void MprisPlayers::loadArtwork(MprisPlayer& player)
     const QString busName = player.busName;
     QPointer<MprisPlayers> self(this);
     if (url.isLocalFile()) {
-        QThreadPool::globalInstance()->start([self, busName, address, path = url.toLocalFile()] {
+        QThreadPool::globalInstance()->start(Handed([self, busName, address, path = url.toLocalFile()] {
             QImage image = artworkFrom(QImage(path));
-            QMetaObject::invokeMethod(
-                self.data(), [self, busName, address, image] {
-                    if (self)
-                        self->artworkLoaded(busName, address, image);
-                },
-                Qt::QueuedConnection);
-        });
+            QMetaObject::invokeMethod(self.data(), Handed([self, busName, address, image] {
+                                          if (self)
+                                              self->artworkLoaded(busName, address, image);
+                                      }),
+                                      Qt::QueuedConnection);
+        }));
         return;
     }
     if (url.scheme() != QLatin1String("http") && url.scheme() != QLatin1String("https"))
