@@ -14,7 +14,6 @@ namespace kelvane {
 class KelvaneState;
 class NotchViewModel;
 class NotchController;
-class NotchGestures;
 class WindowsManager;
 
 // One borderless, always-on-top, transparent notch window, as the window manager drives it.
@@ -48,7 +47,6 @@ struct NotchWindowSetup {
     KelvaneState* kelvane = nullptr;
     NotchViewModel* viewModel = nullptr;
     NotchController* controller = nullptr;
-    NotchGestures* gestures = nullptr;
     WindowsManager* windowsManager = nullptr;
 };
 
