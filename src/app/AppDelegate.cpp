@@ -87,7 +87,10 @@ void AppDelegate::applicationDidFinishLaunching()
     m_timerCommands = std::make_unique<TimerCommands>(*m_timersStore);
     m_selectedLiveActivity =
         std::make_unique<SelectedLiveActivity>(m_liveActivities, m_liveActivitySelection, m_settings);
+    // The widgets that have a view; the others take no room in the panel.
+    m_widgetGrid = std::make_unique<WidgetGridModel>(m_settings, std::set{TuckleWidget::media, TuckleWidget::timer});
     m_windowFactory.setServices({
+        {QStringLiteral("widgetGrid"), QVariant::fromValue(static_cast<QObject*>(m_widgetGrid.get()))},
         {QStringLiteral("liveActivity"), QVariant::fromValue(static_cast<QObject*>(m_selectedLiveActivity.get()))},
         {QStringLiteral("timers"), QVariant::fromValue(static_cast<QObject*>(m_timersStore.get()))},
         {QStringLiteral("timerCommands"), QVariant::fromValue(static_cast<QObject*>(m_timerCommands.get()))},
@@ -101,7 +104,11 @@ void AppDelegate::applicationDidFinishLaunching()
             DropZone::Dependencies{m_scheduler, m_settings, kelvane, *m_tray, m_staging, *m_sharing, m_pointer});
     });
     m_windowsManager = std::make_unique<WindowsManager>(WindowsManager::Dependencies{
-        m_scheduler, m_settings, m_screens, m_windowFactory, m_haptics, [this] { return m_tray->count(); }});
+        m_scheduler, m_settings, m_screens, m_windowFactory, m_haptics, [this] { return m_tray->count(); },
+        [this](int step) {
+            if (m_media)
+                step > 0 ? m_media->goToNextTrack() : m_media->goToPreviousTrack();
+        }});
     WindowsManager::setShared(m_windowsManager.get());
     m_notchCommands = std::make_unique<NotchCommands>(*m_windowsManager, m_screens);
     m_settingsWindow = std::make_unique<SettingsWindow>(m_windowFactory.engine(), m_settings,

@@ -7,23 +7,23 @@
 #include "core/SerialQueue.h"
 #include "core/TimersManager.h"
 #include "hud/HUDManager.h"
+#include "hud/LevelKeys.h"
+#include "hud/VolumeAndBrightnessListener.h"
+#include "media/MediaManager.h"
 #include "notch/HapticFeedback.h"
 #include "notch/NotchCommands.h"
-#include "media/MediaManager.h"
 #include "notch/WindowsManager.h"
+#include "platform/linux/BacklightBrightnessService.h"
 #include "platform/linux/CanberraSoundPlayer.h"
 #include "platform/linux/DesktopSharing.h"
 #include "platform/linux/MimePasteboard.h"
 #include "platform/linux/MprisMediaEnvironment.h"
+#include "platform/linux/PulseVolumeService.h"
 #include "platform/linux/QtProcessRunner.h"
 #include "platform/linux/QtScreenProvider.h"
-#include "platform/linux/X11PointerProbe.h"
-#include "platform/linux/BacklightBrightnessService.h"
-#include "platform/linux/PulseVolumeService.h"
 #include "platform/linux/SessionWakeEvents.h"
+#include "platform/linux/X11PointerProbe.h"
 #include "platform/linux/XInputKeySource.h"
-#include "hud/LevelKeys.h"
-#include "hud/VolumeAndBrightnessListener.h"
 #include "settings/NativeSettingsDomain.h"
 #include "settings/SettingsStore.h"
 #include "timers/TimerCommands.h"
@@ -33,6 +33,7 @@
 #include "ui/ApplicationMenu.h"
 #include "ui/QuickNotchWindowFactory.h"
 #include "ui/SettingsWindow.h"
+#include "ui/WidgetGridModel.h"
 
 #include <QObject>
 #include <QUrl>
@@ -95,6 +96,7 @@ private:
     std::unique_ptr<DesktopSharing> m_sharing;
     StagingArea m_staging;
     std::unique_ptr<Tray> m_tray;
+    std::unique_ptr<WidgetGridModel> m_widgetGrid;
     X11PointerProbe m_pointer;
     std::unique_ptr<MprisMediaEnvironment> m_mediaEnvironment;
     std::unique_ptr<MediaManager> m_media;

@@ -2,6 +2,7 @@
 
 #include "KelvaneState.h"
 #include "NotchController.h"
+#include "NotchGestures.h"
 #include "NotchViewModel.h"
 #include "NotchWindow.h"
 
@@ -20,6 +21,7 @@ struct DisplayKit {
     std::unique_ptr<KelvaneState> kelvane;
     std::unique_ptr<NotchViewModel> viewModel;
     std::unique_ptr<NotchController> controller;
+    std::unique_ptr<NotchGestures> gestures;
     // Declared last so that it goes first: the views read the objects above.
     std::unique_ptr<NotchWindow> windowController;
 };

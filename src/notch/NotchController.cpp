@@ -76,25 +76,3 @@ void NotchController::hideNotch()
 }
 
 } // namespace kelvane
-
-namespace kelvane {
-
-void NotchController::pointerEntered()
-{
-    m_viewModel.setHovering(true);
-    const bool closed = m_kelvane.mode() == KelvaneState::Mode::closed;
-    if ((closed || m_kelvane.hidden()) && m_general->alwaysOpenNotchOnHover)
-        openNotch(KelvaneState::Mode::tuckle);
-}
-
-void NotchController::pointerExited()
-{
-    const auto mode = m_kelvane.mode();
-    const bool openOnTab = mode == KelvaneState::Mode::tuckle || mode == KelvaneState::Mode::tray;
-    if (openOnTab && !m_kelvane.locked())
-        closeNotch(false, true);
-    else
-        m_viewModel.setHovering(false);
-}
-
-} // namespace kelvane

@@ -26,11 +26,6 @@ public:
     Q_INVOKABLE void closeNotch(bool vibrate, bool unhover);
     Q_INVOKABLE void hideNotch();
 
-    // The pointer reached the notch: it pops, and opens when the user wants it to open on hover.
-    Q_INVOKABLE void pointerEntered();
-    // The pointer left the notch or its panel: an open panel closes unless it is locked.
-    Q_INVOKABLE void pointerExited();
-
 private:
     KelvaneState& m_kelvane;
     NotchViewModel& m_viewModel;

@@ -27,6 +27,11 @@ class NotchViewModel : public QObject {
     Q_PROPERTY(QSizeF windowSize READ windowSize NOTIFY sizesChanged)
     Q_PROPERTY(double hoverScale READ hoverScale NOTIFY hoverScaleChanged)
     Q_PROPERTY(double contentPadding READ contentPadding NOTIFY sizesChanged)
+    // How the notch is drawn: the handle of a hidden notch, translucency, round buttons.
+    Q_PROPERTY(QSizeF handleSize READ handleSize NOTIFY sizesChanged)
+    Q_PROPERTY(bool transparentHandle READ transparentHandle NOTIFY sizesChanged)
+    Q_PROPERTY(bool transluscent READ transluscent NOTIFY sizesChanged)
+    Q_PROPERTY(bool preferRoundButtons READ preferRoundButtons NOTIFY sizesChanged)
 public:
     enum class State { fineTuningWidth, fineTuningHeight, disabled, showingIntro, standardContent };
     Q_ENUM(State)
@@ -65,6 +70,10 @@ public:
     QSizeF windowSize() const;
     double hoverScale() const;
     double contentPadding() const { return m_general->contentPadding; }
+    QSizeF handleSize() const { return m_general->handleSize; }
+    bool transparentHandle() const { return m_general->transparentHandle; }
+    bool transluscent() const { return m_general->transluscent; }
+    bool preferRoundButtons() const { return m_general->preferRoundButtons; }
 
 Q_SIGNALS:
     void notchStateChanged();

@@ -14,6 +14,7 @@ namespace kelvane {
 class KelvaneState;
 class NotchViewModel;
 class NotchController;
+class NotchGestures;
 class WindowsManager;
 
 // One borderless, always-on-top, transparent notch window, as the window manager drives it.
@@ -47,6 +48,7 @@ struct NotchWindowSetup {
     KelvaneState* kelvane = nullptr;
     NotchViewModel* viewModel = nullptr;
     NotchController* controller = nullptr;
+    NotchGestures* gestures = nullptr;
     WindowsManager* windowsManager = nullptr;
 };
 

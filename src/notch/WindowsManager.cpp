@@ -80,6 +80,9 @@ std::unique_ptr<DisplayKit> WindowsManager::setupDisplayKitForScreen(const Scree
     kit->controller = std::make_unique<NotchController>(*kit->kelvane, *kit->viewModel, m_deps.settings,
                                                         m_deps.scheduler, m_deps.haptics,
                                                         m_deps.trayFileCount);
+    kit->gestures = std::make_unique<NotchGestures>(
+        NotchGestures::Dependencies{*kit->kelvane, *kit->viewModel, *kit->controller, m_deps.scheduler, m_deps.settings,
+                                    [this] { return m_isTrackingContextMenu; }, m_deps.skipTrack});
 
     const QRectF contentRect =
         NotchGeometry::windowContentRect(screen.frame.size(), kit->viewModel->windowSize());
@@ -91,6 +94,7 @@ std::unique_ptr<DisplayKit> WindowsManager::setupDisplayKitForScreen(const Scree
     setup.kelvane = kit->kelvane.get();
     setup.viewModel = kit->viewModel.get();
     setup.controller = kit->controller.get();
+    setup.gestures = kit->gestures.get();
     setup.windowsManager = this;
     kit->windowController = m_deps.windows.createWindow(setup);
 

@@ -33,6 +33,8 @@ public:
         HapticFeedback& haptics;
         // Files held in the tray, for the notch that opens on the tray when it has any.
         std::function<int()> trayFileCount;
+        // Skips one track from a swipe on the notch: +1 the next, -1 the previous.
+        std::function<void(int)> skipTrack = {};
     };
 
     explicit WindowsManager(const Dependencies& dependencies, QObject* parent = nullptr);

@@ -1,5 +1,7 @@
 #include "QuickNotchWindow.h"
 
+#include "NotchShape.h"
+
 #include "notch/NotchGeometry.h"
 #include "notch/NotchController.h"
 #include "notch/NotchViewModel.h"
@@ -43,8 +45,8 @@ QuickNotchWindow::QuickNotchWindow(const NotchWindowSetup& setup, QQmlEngine& en
         {QStringLiteral("kelvane"), QVariant::fromValue(static_cast<QObject*>(setup.kelvane))},
         {QStringLiteral("viewModel"), QVariant::fromValue(static_cast<QObject*>(setup.viewModel))},
         {QStringLiteral("controller"), QVariant::fromValue(static_cast<QObject*>(setup.controller))},
-        {QStringLiteral("windowsManager"),
-         QVariant::fromValue(static_cast<QObject*>(setup.windowsManager))},
+        {QStringLiteral("gestures"), QVariant::fromValue(static_cast<QObject*>(setup.gestures))},
+        {QStringLiteral("windowsManager"), QVariant::fromValue(static_cast<QObject*>(setup.windowsManager))},
         {QStringLiteral("notchWindow"), QVariant::fromValue(static_cast<QObject*>(this))},
     });
     if (m_dropZone)
@@ -131,6 +133,18 @@ void QuickNotchWindow::setInputRegion(double x, double y, double width, double h
     const QRect rect = QRectF(x, y, std::max(width, 1.0), std::max(height, 1.0)).toAlignedRect();
     if (m_view->mask() != QRegion(rect))
         m_view->setMask(QRegion(rect));
+}
+
+void QuickNotchWindow::setInputShape(double centreX, double bodyWidth, double bodyHeight)
+{
+    const QSizeF body(std::max(bodyWidth, 1.0), std::max(bodyHeight, 1.0));
+    const double left = centreX - body.width() / 2 - NotchShape::shoulderRadiusFor(body);
+    // The outline's bounds: a drag source that looks for its target through the X server
+    // (XTranslateCoordinates) found none with the outline's own region, which is left for later.
+    const QRect bounds = NotchShape::outline(body).translated(left, 0).boundingRect().toAlignedRect();
+    const QRegion region(bounds.isEmpty() ? QRect(0, 0, 1, 1) : bounds);
+    if (m_view->mask() != region)
+        m_view->setMask(region);
 }
 
 void QuickNotchWindow::makeKeyWindow() { m_view->requestActivate(); }

@@ -37,6 +37,8 @@ public:
     // The part of the window that takes the pointer, in window coordinates; the views keep it on
     // the notch's shape as it animates.
     Q_INVOKABLE void setInputRegion(double x, double y, double width, double height);
+    // The same, as the notch's outline for a body of this size hanging from the top, centred on x.
+    Q_INVOKABLE void setInputShape(double centreX, double bodyWidth, double bodyHeight);
     // Asks the window for keyboard focus (a text field of the panel was clicked).
     Q_INVOKABLE void makeKeyWindow();
 

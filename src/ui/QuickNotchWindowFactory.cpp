@@ -2,18 +2,21 @@
 
 #include "ImageProviders.h"
 #include "NotchDropView.h"
+#include "NotchShape.h"
 #include "QuickNotchWindow.h"
 #include "SpringValue.h"
+#include "WidgetGridModel.h"
 
-#include "notch/KelvaneState.h"
-#include "notch/NotchController.h"
-#include "notch/NotchViewModel.h"
-#include "notch/WindowsManager.h"
 #include "activities/SelectedLiveActivity.h"
 #include "media/MediaManager.h"
-#include "tray/Tray.h"
+#include "notch/KelvaneState.h"
+#include "notch/NotchController.h"
+#include "notch/NotchGestures.h"
+#include "notch/NotchViewModel.h"
+#include "notch/WindowsManager.h"
 #include "timers/TimerCommands.h"
 #include "timers/TuckleTimersStore.h"
+#include "tray/Tray.h"
 
 #include <QQmlEngine>
 
@@ -32,6 +35,7 @@ void registerTypes()
     qmlRegisterUncreatableType<KelvaneState>(uri, 1, 0, "KelvaneState", owned);
     qmlRegisterUncreatableType<NotchViewModel>(uri, 1, 0, "NotchViewModel", owned);
     qmlRegisterUncreatableType<NotchController>(uri, 1, 0, "NotchController", owned);
+    qmlRegisterUncreatableType<NotchGestures>(uri, 1, 0, "NotchGestures", owned);
     qmlRegisterUncreatableType<WindowsManager>(uri, 1, 0, "WindowsManager", owned);
     qmlRegisterUncreatableType<QuickNotchWindow>(uri, 1, 0, "NotchWindow", owned);
     const QString application = QStringLiteral("owned by the application");
@@ -44,6 +48,8 @@ void registerTypes()
     qmlRegisterUncreatableType<TrayFile>(uri, 1, 0, "TrayFile", application);
     qmlRegisterUncreatableType<DropZone>(uri, 1, 0, "DropZone", owned);
     qmlRegisterType<NotchDropView>(uri, 1, 0, "NotchDropView");
+    qmlRegisterType<NotchShape>(uri, 1, 0, "NotchShape");
+    qmlRegisterUncreatableType<WidgetGridModel>(uri, 1, 0, "WidgetGridModel", application);
 }
 } // namespace
 

@@ -107,21 +107,3 @@ TEST(NotchController, CloseTapsUnhoversAndLetsAPulledPanelSpringBack)
     f.controller.closeNotch(false, false);
     EXPECT_FALSE(f.viewModel.cancelPan());
 }
-
-TEST(NotchController, PointerOpensOnHoverWhenWantedAndClosesOnLeaveUnlessLocked)
-{
-    Fixture f;
-    f.controller.pointerEntered();
-    EXPECT_EQ(f.state.mode(), Mode::tuckle);
-    f.state.setLocked(true);
-    f.controller.pointerExited();
-    EXPECT_EQ(f.state.mode(), Mode::tuckle);
-    f.state.setLocked(false);
-    f.controller.pointerExited();
-    EXPECT_EQ(f.state.mode(), Mode::closed);
-    EXPECT_FALSE(f.viewModel.hovering());
-
-    f.settings.update(Keys::generalSettings(), [](auto& g) { g.alwaysOpenNotchOnHover = false; });
-    f.controller.pointerEntered();
-    EXPECT_EQ(f.state.mode(), Mode::closed);
-}

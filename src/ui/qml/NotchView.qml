@@ -9,6 +9,7 @@ Item {
     required property KelvaneState kelvane
     required property NotchViewModel viewModel
     required property NotchController controller
+    required property NotchGestures gestures
     required property WindowsManager windowsManager
     required property NotchWindow notchWindow
     // The application's models; a notch without them shows no activity and no timers.
@@ -18,6 +19,7 @@ Item {
     property MediaManager media: null
     property QtObject tray: null
     property DropZone dropZone: null
+    property WidgetGridModel widgetGrid: null
 
     readonly property bool isOpen: kelvane.modeName !== "closed"
     property bool panelBuilt: false
@@ -46,38 +48,67 @@ Item {
         : Math.max(drawn.height * 1.25, activityTextWidth + drawn.height * 0.75)
     readonly property real wing: Math.max(indicatorWing, activityWing)
 
+    // Pulled down, the closed notch grows towards the open panel with the pointer.
+    readonly property real scrub: gestures.scrubExpansion
+    readonly property size tuckleFootprint: viewModel.openFootprint
+    readonly property real scrubProgress: {
+        const room = Math.max(1, viewModel.openFootprint.height - drawn.height)
+        return Math.min(1, scrub / room)
+    }
+    readonly property real closedWidth: (drawn.width + 2 * wing) * viewModel.hoverScale
     readonly property real targetWidth: kelvane.hidden ? 0
         : isOpen ? viewModel.openFootprint.width
-        : (drawn.width + 2 * wing) * viewModel.hoverScale
+        : scrub > 0 ? closedWidth + (viewModel.openFootprint.width - closedWidth) * scrubProgress
+        : closedWidth
     readonly property real targetHeight: kelvane.hidden ? 0
         : isOpen ? viewModel.openFootprint.height
+        : scrub > 0 ? drawn.height + scrub
         : drawn.height * viewModel.hoverScale
-    readonly property real cornerRadius: Math.min(shape.height / 2, isOpen ? 24 : drawn.height * 0.35)
 
     SpringValue { id: widthSpring; spring: root.kelvane.transition; target: root.targetWidth }
     SpringValue { id: heightSpring; spring: root.kelvane.transition; target: root.targetHeight }
 
-    // The pointer is taken on the shape as drawn and on where it is going, nowhere else.
-    readonly property rect inputRect: {
+    // The pointer is taken on the shape as drawn and on where it is going, nowhere else; a hidden
+    // notch keeps its handle.
+    readonly property var inputShape: {
         if (viewModel.isDisabled)
-            return Qt.rect(0, 0, 1, 1)
+            return { handle: true, x: 0, y: 0, w: 1, h: 1 }
         if (kelvane.hidden)
-            return Qt.rect((width - drawn.width) / 2, 0, drawn.width, 2)
-        const w = Math.max(widthSpring.value, targetWidth)
-        const h = Math.max(heightSpring.value, targetHeight)
-        return Qt.rect((width - w) / 2, 0, w, h)
+            return { handle: true, x: handle.x, y: 0, w: handle.width, h: handle.height }
+        return { handle: false, w: Math.max(widthSpring.value, targetWidth), h: Math.max(heightSpring.value, targetHeight) }
     }
-    onInputRectChanged: notchWindow.setInputRegion(inputRect.x, inputRect.y, inputRect.width, inputRect.height)
-    Component.onCompleted: notchWindow.setInputRegion(inputRect.x, inputRect.y, inputRect.width, inputRect.height)
+    function applyInputShape() {
+        const s = inputShape
+        if (s.handle)
+            notchWindow.setInputRegion(s.x, s.y, s.w, s.h)
+        else
+            notchWindow.setInputShape(width / 2, s.w, s.h)
+    }
+    onInputShapeChanged: applyInputShape()
+    onWidthChanged: applyInputShape()
+    Component.onCompleted: applyInputShape()
 
-    // The top edge of a hidden notch brings it back.
-    Item {
+    // The handle of a hidden notch: hovered or clicked, it brings the notch back.
+    Rectangle {
+        id: handle
         visible: root.kelvane.hidden && !root.viewModel.isDisabled
-        x: (root.width - root.drawn.width) / 2
-        width: root.drawn.width
-        height: 2
-        HoverHandler { onHoveredChanged: if (hovered) root.controller.pointerEntered() }
-        TapHandler { onTapped: root.controller.openNotchNamed("tuckle") }
+        x: (root.width - width) / 2
+        width: root.viewModel.handleSize.width
+        height: root.viewModel.handleSize.height
+        radius: height / 2
+        color: root.viewModel.transparentHandle ? "transparent" : Qt.rgba(0, 0, 0, 0.85)
+        HoverHandler { onHoveredChanged: if (hovered) root.gestures.pointerEntered(); else root.gestures.pointerExited() }
+        TapHandler { onTapped: root.gestures.clicked() }
+    }
+
+    NotchShape {
+        id: outline
+        visible: shape.visible
+        bodyWidth: shape.width
+        height: shape.height
+        width: shape.width + 2 * shoulderRadius
+        x: shape.x - shoulderRadius
+        color: root.viewModel.transluscent ? Qt.rgba(0, 0, 0, 0.78) : "black"
     }
 
     Item {
@@ -88,15 +119,26 @@ Item {
         width: Math.max(0, widthSpring.value)
         height: Math.max(0, heightSpring.value)
 
-        Rectangle { anchors.fill: parent; color: "black"; radius: root.cornerRadius }
-        // The top corners stay square: the shape hangs from the screen's edge.
-        Rectangle { width: parent.width; height: Math.min(parent.height, root.cornerRadius); color: "black" }
-
         HoverHandler {
-            onHoveredChanged: hovered ? root.controller.pointerEntered() : root.controller.pointerExited()
+            onHoveredChanged: hovered ? root.gestures.pointerEntered() : root.gestures.pointerExited()
         }
         TapHandler {
-            onTapped: if (!root.isOpen) root.controller.openNotchNamed("tuckle")
+            acceptedButtons: Qt.LeftButton
+            onTapped: root.gestures.clicked()
+        }
+        // Pulled down from the closed notch, it opens past a threshold or springs back.
+        DragHandler {
+            target: null
+            enabled: !root.isOpen
+            yAxis.enabled: true
+            xAxis.enabled: false
+            onActiveChanged: active ? root.gestures.pressed() : root.gestures.released()
+            onTranslationChanged: if (active) root.gestures.dragged(translation.y)
+        }
+        // Two-finger swipes arrive as smooth scrolling; a wheel works the same way.
+        WheelHandler {
+            target: null
+            onWheel: (event) => root.gestures.scrolled(event.angleDelta.x, event.angleDelta.y)
         }
 
         // Level indicator: its symbol in the left wing, the level bar in the right one.
@@ -176,14 +218,14 @@ Item {
         // is never opened costs nothing and a half-typed timer survives closing.
         Loader {
             anchors.fill: parent
-            anchors.topMargin: root.drawn.height
-            anchors.margins: root.viewModel.contentPadding
             active: root.panelBuilt
             opacity: root.isOpen && shape.height > root.viewModel.openFootprint.height * 0.6 ? 1 : 0
             visible: opacity > 0
             Behavior on opacity { NumberAnimation { duration: 120 } }
             sourceComponent: PanelContent {
                 kelvane: root.kelvane
+                viewModel: root.viewModel
+                widgetGrid: root.widgetGrid
                 timers: root.timers
                 timerCommands: root.timerCommands
                 media: root.media

@@ -1,10 +1,13 @@
 import QtQuick
 import Kelvane
 
-// The open panel: the two tabs and, for now, what each of them holds.
+// The open panel: the tab switch in the band beside the camera, and below it the widget grid, the
+// tray or the drop area.
 Item {
     id: panel
     required property KelvaneState kelvane
+    required property NotchViewModel viewModel
+    property WidgetGridModel widgetGrid: null
     property QtObject timers: null
     property QtObject timerCommands: null
     property QtObject media: null
@@ -14,59 +17,125 @@ Item {
     // The item the drop zone measures its targets in.
     property Item dropSpace: null
     readonly property string mode: kelvane.modeName
+    // The band beside the camera: as tall as the notch, or 32 points where the notch is lower.
+    readonly property real band: viewModel.drawnNotchSize.height > 21.12 ? viewModel.drawnNotchSize.height : 32
+    readonly property real padding: viewModel.contentPadding
+    readonly property real buttonRadius: viewModel.preferRoundButtons ? 1000 : 6
 
-    Row {
+    // The tab switch: one segmented control left of the camera.
+    component Segment: Item {
+        id: segment
+        required property string name
+        required property string title
+        width: label.implicitWidth + 20
+        height: parent.height
+        Text {
+            id: label
+            anchors.centerIn: parent
+            text: segment.title
+            color: panel.mode === segment.name ? "white" : "#8e8e93"
+            font.pixelSize: 11
+            font.weight: Font.DemiBold
+        }
+        TapHandler { onTapped: panel.kelvane.selectNamed(segment.name) }
+    }
+    Rectangle {
         id: tabs
-        anchors.horizontalCenter: parent.horizontalCenter
-        spacing: 8
+        objectName: "tabSwitch"
         visible: panel.mode !== "dragging"
+        x: panel.padding + 6
+        y: (panel.band - height) / 2
+        height: Math.min(24, panel.band - 8)
+        width: segments.width + 4
+        radius: Math.min(height / 2, panel.buttonRadius)
+        color: "#1c1c1e"
+        Rectangle {
+            // The selected segment's pill slides under its title.
+            readonly property Item selected: panel.mode === "tray" ? traySegment : tuckleSegment
+            x: 2 + selected.x
+            y: 2
+            width: selected.width
+            height: parent.height - 4
+            radius: Math.min(height / 2, panel.buttonRadius)
+            color: "#3a3a3c"
+            Behavior on x { SpringAnimation { spring: 4; damping: 0.35 } }
+            Behavior on width { SpringAnimation { spring: 4; damping: 0.35 } }
+        }
+        Row {
+            id: segments
+            x: 2
+            height: parent.height
+            Segment { id: tuckleSegment; name: "tuckle"; title: "Widgets" }
+            Segment { id: traySegment; name: "tray"; title: "Tray" }
+        }
+    }
+
+    // The widget grid, centred under the band.
+    Item {
+        id: grid
+        objectName: "widgetGrid"
+        visible: panel.mode === "tuckle"
+        width: panel.widgetGrid ? panel.widgetGrid.gridWidth : 0
+        height: panel.widgetGrid ? panel.widgetGrid.gridHeight : 0
+        x: (panel.width - width) / 2
+        y: panel.band
+
         Repeater {
-            model: [{ name: "tuckle", title: "Tuckle" }, { name: "tray", title: "Tray" }]
+            model: panel.widgetGrid ? panel.widgetGrid.dividers : []
             delegate: Rectangle {
+                required property real modelData
+                x: modelData
+                width: 1
+                y: grid.height * 0.15
+                height: grid.height * 0.7
+                color: "#2c2c2e"
+            }
+        }
+
+        Repeater {
+            model: panel.widgetGrid ? panel.widgetGrid.items : []
+            delegate: Item {
+                id: cell
                 required property var modelData
-                width: label.implicitWidth + 20
-                height: label.implicitHeight + 8
-                radius: height / 2
-                color: panel.mode === modelData.name ? "#3a3a3c" : "transparent"
-                Text {
-                    id: label
-                    anchors.centerIn: parent
-                    text: parent.modelData.title
-                    color: "white"
-                    font.pixelSize: 12
+                objectName: "widget-" + modelData.kind
+                // Moves and resizes with the panel's spring when the layout changes.
+                SpringValue { id: cx; spring: panel.kelvane.transition; target: cell.modelData.x }
+                SpringValue { id: cy; spring: panel.kelvane.transition; target: cell.modelData.y }
+                SpringValue { id: cw; spring: panel.kelvane.transition; target: cell.modelData.width }
+                SpringValue { id: ch; spring: panel.kelvane.transition; target: cell.modelData.height }
+                x: cx.value
+                y: cy.value
+                width: Math.max(0, cw.value)
+                height: Math.max(0, ch.value)
+                clip: true
+                Loader {
+                    anchors.fill: parent
+                    sourceComponent: cell.modelData.kind === "media" ? mediaWidget
+                        : cell.modelData.kind === "timer" ? timerWidget : null
                 }
-                TapHandler { onTapped: panel.kelvane.selectNamed(parent.modelData.name) }
             }
         }
     }
 
-    MediaWidget {
+    Component {
         id: mediaWidget
-        anchors.left: parent.left
-        anchors.top: parent.top
-        anchors.bottom: parent.bottom
-        anchors.topMargin: tabs.height + 8
-        width: Math.min(260, parent.width * 0.42)
-        visible: panel.mode === "tuckle"
-        media: panel.media
+        MediaWidget { media: panel.media }
     }
-
-    TimersWidget {
-        anchors.left: mediaWidget.right
-        anchors.leftMargin: 16
-        anchors.right: parent.right
-        anchors.top: parent.top
-        anchors.bottom: parent.bottom
-        anchors.topMargin: tabs.height + 8
-        visible: panel.mode === "tuckle"
-        timers: panel.timers
-        commands: panel.timerCommands
-        notchWindow: panel.notchWindow
+    Component {
+        id: timerWidget
+        TimersWidget {
+            timers: panel.timers
+            commands: panel.timerCommands
+            notchWindow: panel.notchWindow
+        }
     }
 
     TrayView {
         anchors.fill: parent
-        anchors.topMargin: tabs.height + 8
+        anchors.topMargin: panel.band
+        anchors.leftMargin: panel.padding
+        anchors.rightMargin: panel.padding
+        anchors.bottomMargin: panel.padding
         visible: panel.mode === "tray"
         focus: visible
         tray: panel.tray
@@ -76,6 +145,8 @@ Item {
 
     DropAreaView {
         anchors.fill: parent
+        anchors.topMargin: panel.band
+        anchors.margins: panel.padding
         visible: panel.mode === "dragging"
         dropZone: panel.dropZone
         dropSpace: panel.dropSpace
