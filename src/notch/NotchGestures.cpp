@@ -35,10 +35,13 @@ void NotchGestures::pointerEntered()
     m_pointerInside = true;
     m_graceClose.cancel();
     m_deps.viewModel.setHovering(true);
-    const bool closed = m_deps.kelvane.mode() == KelvaneState::Mode::closed;
+    const auto mode = m_deps.kelvane.mode();
+    const bool closed = mode == KelvaneState::Mode::closed;
+    // Opened only if nothing changed the face while the pointer settled: a drag arriving meanwhile
+    // has opened a face of its own, which hovering must not replace.
     if ((closed || m_deps.kelvane.hidden()) && m_general->alwaysOpenNotchOnHover)
-        m_hoverOpen = m_deps.scheduler.schedule(secondsToDelay(hoverSettle), [this] {
-            if (m_pointerInside && !m_scrubbing)
+        m_hoverOpen = m_deps.scheduler.schedule(secondsToDelay(hoverSettle), [this, mode] {
+            if (m_pointerInside && !m_scrubbing && m_deps.kelvane.mode() == mode)
                 m_deps.controller.openNotch(KelvaneState::Mode::tuckle);
         });
 }

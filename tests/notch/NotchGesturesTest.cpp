@@ -58,6 +58,13 @@ TEST(NotchGestures, HoverOpensAfterASettleAndPopsOnlyWhenNotWanted)
     f.sched.advance(ms(NotchGestures::hoverSettle));
     EXPECT_EQ(f.state.mode(), Mode::tuckle);
 
+    // A drag that arrives while the pointer settles keeps the face it opened.
+    Fixture d;
+    d.gestures.pointerEntered();
+    d.state.setMode(Mode::dragging, Springs::animation);
+    d.sched.advance(1s);
+    EXPECT_EQ(d.state.mode(), Mode::dragging);
+
     Fixture g;
     g.general([](auto& s) { s.alwaysOpenNotchOnHover = false; });
     g.gestures.pointerEntered();
