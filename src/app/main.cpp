@@ -7,9 +7,9 @@
 #include "core/Log.h"
 #include "platform/linux/QuitSignals.h"
 #include "platform/linux/SystemLog.h"
+#include "ui/Renderer.h"
 
 #include <QGuiApplication>
-#include <QQuickWindow>
 #include <QUrl>
 
 #include <cstdlib>
@@ -30,9 +30,6 @@ void terminateAtExit()
 
 int main(int argc, char** argv)
 {
-    // The notch is a handful of shapes: the software renderer starts faster and lighter than a
-    // GPU context, and needs no GL driver.
-    QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
     // Windows above the others at a chosen place need X11 (also through XWayland); without an X
     // server the agent still runs, its notches kept off screen.
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
@@ -56,6 +53,9 @@ int main(int argc, char** argv)
     installSyslogSink();
     if (QGuiApplication::platformName() == QLatin1StringView("offscreen"))
         logLine(u"AppDelegate", QStringLiteral("No X display is available; the notches are kept off screen."));
+    const Renderer renderer = Renderer::choose();
+    Renderer::use(renderer);
+    logLine(u"Renderer", renderer.description);
 
     AppDelegate delegate;
     s_delegate = &delegate;
