@@ -4,6 +4,7 @@
 
 #include "notch/NotchGeometry.h"
 #include "notch/NotchController.h"
+#include "notch/NotchGestures.h"
 #include "notch/NotchViewModel.h"
 #include "notch/WindowsManager.h"
 
@@ -11,6 +12,7 @@
 #include "platform/linux/X11WindowHints.h"
 
 #include <QGuiApplication>
+#include <QNativeGestureEvent>
 #include <QQmlContext>
 #include <QQmlEngine>
 #include <QQuickItem>
@@ -25,6 +27,7 @@ QuickNotchWindow::QuickNotchWindow(const NotchWindowSetup& setup, QQmlEngine& en
     , m_view(std::make_unique<QQuickView>(&engine, nullptr))
     , m_screenFrame(setup.screen.frame)
     , m_viewModel(setup.viewModel)
+    , m_gestures(setup.gestures)
 {
     if (auto* screen = qobject_cast<QScreen*>(setup.screen.handle))
         m_view->setScreen(screen);
@@ -65,6 +68,21 @@ QuickNotchWindow::QuickNotchWindow(const NotchWindowSetup& setup, QQmlEngine& en
         m_wasActive = active;
     });
     connect(setup.viewModel, &NotchViewModel::sizesChanged, this, &QuickNotchWindow::followWindowSize);
+    m_view->installEventFilter(this);
+}
+
+bool QuickNotchWindow::eventFilter(QObject* watched, QEvent* event)
+{
+    // A touchpad's own swipe, where the X server reports it (XInput 2.4): the fingers moving down
+    // swipe down, as scrolling that pulls the content down does.
+    if (event->type() == QEvent::NativeGesture && m_gestures) {
+        const auto* gesture = static_cast<QNativeGestureEvent*>(event);
+        if (gesture->gestureType() == Qt::SwipeNativeGesture) {
+            m_gestures->scrolled(-gesture->delta().x(), -gesture->delta().y());
+            return true;
+        }
+    }
+    return QObject::eventFilter(watched, event);
 }
 
 QuickNotchWindow::~QuickNotchWindow()

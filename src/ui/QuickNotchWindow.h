@@ -42,6 +42,9 @@ public:
     // Asks the window for keyboard focus (a text field of the panel was clicked).
     Q_INVOKABLE void makeKeyWindow();
 
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
 private:
     void followWindowSize();
 
@@ -51,6 +54,7 @@ private:
     std::function<void()> m_resignKey;
     QRectF m_screenFrame;
     NotchViewModel* m_viewModel;
+    NotchGestures* m_gestures;
     bool m_wasActive = false;
 };
 

@@ -18,6 +18,7 @@
 #include "timers/TuckleTimersStore.h"
 #include "tray/Tray.h"
 
+#include <QCoreApplication>
 #include <QQmlEngine>
 
 namespace kelvane {
@@ -56,6 +57,9 @@ void registerTypes()
 QuickNotchWindowFactory::QuickNotchWindowFactory()
 {
     registerTypes();
+    // The notch menu's "Quit" ends the application as the quit key does.
+    QObject::connect(&m_engine, &QQmlEngine::quit, QCoreApplication::instance(), &QCoreApplication::quit,
+                     Qt::QueuedConnection);
 }
 
 std::unique_ptr<NotchWindow> QuickNotchWindowFactory::createWindow(const NotchWindowSetup& setup)

@@ -9,6 +9,7 @@
 #include <QElapsedTimer>
 #include <QGuiApplication>
 #include <QMouseEvent>
+#include <QNativeGestureEvent>
 #include <QSignalSpy>
 #include <QWindow>
 
@@ -88,6 +89,34 @@ TEST(NotchWindow, TransparentPartLetsClicksThroughAndTheNotchTakesItsOwn)
     click(500, 300);
     ASSERT_TRUE(waitUntil([&] { return below.presses >= 2; }));
     EXPECT_EQ(below.presses, 2);
+}
+
+// A touchpad's own swipe (as the X server reports three- and four-finger swipes) moves the notch
+// as the scroll swipes do: fingers down open it, fingers up close it.
+TEST(NotchWindow, TouchpadSwipesOpenAndClose)
+{
+    Agent agent;
+    agent.settings.update(Keys::generalSettings(), [](auto& g) { g.alwaysOpenNotchOnHover = false; });
+    ASSERT_TRUE(waitUntil([] { return mappedNotchWindows().size() == 2; }));
+    KelvaneState& kelvane = *agent.manager.displayKits().front()->kelvane;
+    QWindow* window = nullptr;
+    for (QWindow* w : QGuiApplication::topLevelWindows())
+        if (w->title() == "Kelvane Notch" && w->geometry().contains(756, 5))
+            window = w;
+    ASSERT_NE(window, nullptr);
+    const auto swipe = [&](QPointF fingers) {
+        const QPointF at(window->width() / 2.0, 10);
+        QNativeGestureEvent event(Qt::SwipeNativeGesture, QPointingDevice::primaryPointingDevice(), 3, at, at,
+                                  window->mapToGlobal(at), 0, fingers);
+        QCoreApplication::sendEvent(window, &event);
+    };
+    for (int i = 0; i < 4; ++i)
+        swipe({2, 40});
+    ASSERT_TRUE(waitUntil([&] { return kelvane.mode() == KelvaneState::Mode::tuckle; }));
+    waitUntil([] { return false; }, 400); // the quiet that ends a swipe
+    for (int i = 0; i < 4; ++i)
+        swipe({-1, -40});
+    EXPECT_TRUE(waitUntil([&] { return kelvane.mode() == KelvaneState::Mode::closed; }));
 }
 
 // Plugging, unplugging and plugging again within a second rebuilds the notches once, one second

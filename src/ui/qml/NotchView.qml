@@ -70,7 +70,12 @@ Item {
 
     // The pointer is taken on the shape as drawn and on where it is going, nowhere else; a hidden
     // notch keeps its handle.
+    // While the menu is up the whole window takes the pointer: the menu's items, and a click beside
+    // the menu that closes it.
+    property bool menuShown: false
     readonly property var inputShape: {
+        if (menuShown)
+            return { handle: true, x: 0, y: 0, w: width, h: height }
         if (viewModel.isDisabled)
             return { handle: true, x: 0, y: 0, w: 1, h: 1 }
         if (kelvane.hidden)
@@ -101,6 +106,14 @@ Item {
         TapHandler { onTapped: root.gestures.clicked() }
     }
 
+    NotchMenu {
+        id: menu
+        windowsManager: root.windowsManager
+        controller: root.controller
+        gestures: root.gestures
+        onShownChanged: (shown) => root.menuShown = shown
+    }
+
     NotchShape {
         id: outline
         visible: shape.visible
@@ -126,6 +139,10 @@ Item {
             acceptedButtons: Qt.LeftButton
             onTapped: root.gestures.clicked()
         }
+        TapHandler {
+            acceptedButtons: Qt.RightButton
+            onTapped: (point) => menu.popup(shape, point.position.x, point.position.y)
+        }
         // Pulled down from the closed notch, it opens past a threshold or springs back.
         DragHandler {
             target: null
@@ -135,10 +152,17 @@ Item {
             onActiveChanged: active ? root.gestures.pressed() : root.gestures.released()
             onTranslationChanged: if (active) root.gestures.dragged(translation.y)
         }
-        // Two-finger swipes arrive as smooth scrolling; a wheel works the same way.
+        // Two-finger swipes arrive as smooth scrolling; a wheel works the same way. A handler takes
+        // one direction.
         WheelHandler {
             target: null
-            onWheel: (event) => root.gestures.scrolled(event.angleDelta.x, event.angleDelta.y)
+            orientation: Qt.Vertical
+            onWheel: (event) => root.gestures.scrolled(0, event.angleDelta.y)
+        }
+        WheelHandler {
+            target: null
+            orientation: Qt.Horizontal
+            onWheel: (event) => root.gestures.scrolled(event.angleDelta.x, 0)
         }
 
         // Level indicator: its symbol in the left wing, the level bar in the right one.
