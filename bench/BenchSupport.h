@@ -23,7 +23,9 @@ namespace bench {
 
 using Clock = std::chrono::steady_clock;
 
-inline pid_t spawn(const std::vector<std::string>& argv, const std::vector<std::string>& env = {})
+// Standard error goes to `errors` when one is named, and is dropped otherwise.
+inline pid_t spawn(const std::vector<std::string>& argv, const std::vector<std::string>& env = {},
+                   const std::string& errors = {})
 {
     const pid_t pid = fork();
     if (pid == 0) {
@@ -31,7 +33,7 @@ inline pid_t spawn(const std::vector<std::string>& argv, const std::vector<std::
             putenv(const_cast<char*>(e.c_str()));
         const int null = open("/dev/null", O_WRONLY);
         dup2(null, STDOUT_FILENO);
-        dup2(null, STDERR_FILENO);
+        dup2(errors.empty() ? null : open(errors.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600), STDERR_FILENO);
         std::vector<char*> args;
         for (const auto& a : argv)
             args.push_back(const_cast<char*>(a.c_str()));

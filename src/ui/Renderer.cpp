@@ -30,19 +30,36 @@ QString openGLRenderer()
     context.doneCurrent();
     return renderer;
 }
+
+// An OpenGL that the processor draws, as on machines without a graphics driver.
+bool drawnInSoftware(const QString& driver)
+{
+    for (const char* name : {"llvmpipe", "softpipe", "swrast", "software rasterizer", "swiftshader"})
+        if (driver.contains(QLatin1StringView(name), Qt::CaseInsensitive))
+            return true;
+    return false;
+}
 } // namespace
+
+Renderer Renderer::decide(const QByteArray& asked, const QString& platform,
+                          const std::function<QString()>& openGLDriver)
+{
+    const QByteArray wanted = asked.trimmed().toLower();
+    if (wanted == "software")
+        return software(QStringLiteral("asked for by KELVANE_RENDERER"));
+    if (platform == QLatin1StringView("offscreen"))
+        return software(QStringLiteral("there is no display"));
+    const QString driver = openGLDriver();
+    if (driver.isEmpty())
+        return software(QStringLiteral("the display offers no OpenGL"));
+    if (wanted != "opengl" && drawnInSoftware(driver))
+        return software(QStringLiteral("the display's OpenGL (%1) is itself drawn by the processor").arg(driver));
+    return {QSGRendererInterface::OpenGL, QStringLiteral("Drawing with OpenGL (%1).").arg(driver)};
+}
 
 Renderer Renderer::choose()
 {
-    const QByteArray asked = qgetenv("KELVANE_RENDERER").trimmed().toLower();
-    if (asked == "software")
-        return software(QStringLiteral("asked for by KELVANE_RENDERER"));
-    if (QGuiApplication::platformName() == QLatin1StringView("offscreen"))
-        return software(QStringLiteral("there is no display"));
-    const QString driver = openGLRenderer();
-    if (driver.isEmpty())
-        return software(QStringLiteral("the display offers no OpenGL"));
-    return {QSGRendererInterface::OpenGL, QStringLiteral("Drawing with OpenGL (%1).").arg(driver)};
+    return decide(qgetenv("KELVANE_RENDERER"), QGuiApplication::platformName(), openGLRenderer);
 }
 
 void Renderer::use(const Renderer& renderer) { QQuickWindow::setGraphicsApi(renderer.api); }
