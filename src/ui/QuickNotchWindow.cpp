@@ -13,6 +13,7 @@
 
 #include <QGuiApplication>
 #include <QNativeGestureEvent>
+#include <QPainterPath>
 #include <QQmlContext>
 #include <QQmlEngine>
 #include <QQuickItem>
@@ -149,20 +150,31 @@ void QuickNotchWindow::setInputRegion(double x, double y, double width, double h
 {
     // An empty mask would mean "the whole window": keep at least one point.
     const QRect rect = QRectF(x, y, std::max(width, 1.0), std::max(height, 1.0)).toAlignedRect();
-    if (m_view->mask() != QRegion(rect))
-        m_view->setMask(QRegion(rect));
+    applyInput(QRegion(rect), QRegion(rect));
 }
 
 void QuickNotchWindow::setInputShape(double centreX, double bodyWidth, double bodyHeight)
 {
     const QSizeF body(std::max(bodyWidth, 1.0), std::max(bodyHeight, 1.0));
     const double left = centreX - body.width() / 2 - NotchShape::shoulderRadiusFor(body);
-    // The outline's bounds: a drag source that looks for its target through the X server
-    // (XTranslateCoordinates) found none with the outline's own region, which is left for later.
-    const QRect bounds = NotchShape::outline(body).translated(left, 0).boundingRect().toAlignedRect();
-    const QRegion region(bounds.isEmpty() ? QRect(0, 0, 1, 1) : bounds);
-    if (m_view->mask() != region)
-        m_view->setMask(region);
+    const QPainterPath outline = NotchShape::outline(body).translated(left, 0);
+    const QRect bounds = outline.boundingRect().toAlignedRect();
+    if (bounds.isEmpty())
+        return setInputRegion(0, 0, 1, 1);
+    // Drawn within the bounds, whose edges stay soft; the pointer is taken on the outline alone, so
+    // that a click in a rounded corner's cut-out reaches the window beneath.
+    applyInput(QRegion(bounds), QRegion(outline.toFillPolygon().toPolygon(), Qt::WindingFill));
+}
+
+void QuickNotchWindow::applyInput(const QRegion& drawn, const QRegion& input)
+{
+    if (m_view->mask() != drawn)
+        m_view->setMask(drawn);
+    if (input != m_input) {
+        m_input = input;
+        // Without an input shape of its own the window takes the pointer wherever it is drawn.
+        kelvane::setInputShape(m_view.get(), input);
+    }
 }
 
 void QuickNotchWindow::makeKeyWindow() { m_view->requestActivate(); }

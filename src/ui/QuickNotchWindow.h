@@ -4,6 +4,7 @@
 #include "tray/DropZone.h"
 
 #include <QQuickView>
+#include <QRegion>
 
 #include <functional>
 #include <memory>
@@ -47,6 +48,8 @@ protected:
 
 private:
     void followWindowSize();
+    // `drawn` clips what is shown; `input` is where the pointer is taken.
+    void applyInput(const QRegion& drawn, const QRegion& input);
 
     // Before the view, so that it outlives the views that read it.
     std::unique_ptr<DropZone> m_dropZone;
@@ -56,6 +59,7 @@ private:
     NotchViewModel* m_viewModel;
     NotchGestures* m_gestures;
     bool m_wasActive = false;
+    QRegion m_input;
 };
 
 } // namespace kelvane

@@ -143,15 +143,31 @@ TEST(NotchFace, IsOneShapeFromTheTopEdgeThatTheMouseOpensHidesAndBringsBack)
     const Outline closed = settledShape("face-closed");
 
     // A window beneath the notch (which stays above it, as a window manager keeps it) takes the
-    // clicks beside the shape.
+    // clicks beside the shape and in the open panel's rounded corners.
     QProcess beneath;
-    beneath.start("xev", {"-geometry", QString("600x120+%1+0").arg(centre - 300), "-event", "button"});
+    beneath.start("xev", {"-geometry", QString("600x200+%1+0").arg(centre - 300), "-event", "button"});
     ASSERT_TRUE(waitUntil([] { return XvfbServer::current()->windowGeometries("Event Tester").size() == 1; }));
     XvfbServer::current()->run("xdotool", {"search", "--name", "Kelvane Notch", "windowraise"});
     QThread::msleep(300);
+    QByteArray events;
+    const auto pressesBeneath = [&] {
+        events += beneath.readAllStandardOutput();
+        return events.count("ButtonPress");
+    };
     pointer({"mousemove", QString::number(closed.left - 14), "3", "click", "1"});
-    EXPECT_TRUE(waitUntil([&] { return beneath.readAllStandardOutput().contains("ButtonPress"); }));
+    EXPECT_TRUE(waitUntil([&] { return pressesBeneath() == 1; }));
     EXPECT_EQ(mode(), "closed");
+    pointer({"mousemove", QString::number(centre), "10", "click", "1"});
+    ASSERT_TRUE(waitUntil([] { return mode() == "tuckle"; }));
+    QThread::msleep(1000);
+    // The default panel is 550 x 157, its lower corners rounded with a radius of about 20.
+    pointer({"mousemove", QString::number(centre - 275 + 2), "155", "click", "1"});
+    EXPECT_TRUE(waitUntil([&] { return pressesBeneath() == 2; }));
+    pointer({"mousemove", QString::number(centre - 275 + 12), "150", "click", "1"});
+    QThread::msleep(300);
+    EXPECT_EQ(pressesBeneath(), 2);
+    pointer({"mousemove", "200", "600"});
+    ASSERT_TRUE(waitUntil([] { return mode() == "closed"; }));
     beneath.kill();
     beneath.waitForFinished();
 

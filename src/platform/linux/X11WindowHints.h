@@ -1,5 +1,6 @@
 #pragma once
 
+class QRegion;
 class QWindow;
 
 namespace kelvane {
@@ -8,5 +9,10 @@ namespace kelvane {
 // workspace, and in neither the task bar nor the pager. Does nothing on other platforms.
 // Must be called before the window is first shown.
 void applyDesktopFurnitureHints(QWindow* window);
+
+// Sets the part of the window that takes the pointer (the X11 input shape), apart from the part
+// that is drawn, so that a drawn shape with soft edges can take the pointer on its outline alone.
+// Returns false where there is no X11 shape extension, and does nothing then.
+bool setInputShape(QWindow* window, const QRegion& region);
 
 } // namespace kelvane
