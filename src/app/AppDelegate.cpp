@@ -111,6 +111,13 @@ void AppDelegate::applicationDidFinishLaunching()
         }});
     WindowsManager::setShared(m_windowsManager.get());
     m_notchCommands = std::make_unique<NotchCommands>(*m_windowsManager, m_screens);
+    // A new track peeks out of the closed notch: its title, and its artist below.
+    m_quickPeeks = std::make_unique<QuickPeeks>(m_scheduler, m_settings, *m_windowsManager);
+    connect(m_media.get(), &MediaManager::trackChanged, this, [this] {
+        const QuickPeek peek{m_media->title(), m_media->artist()};
+        if (m_quickPeeks && peek != std::exchange(m_lastTrackPeek, peek))
+            m_quickPeeks->post(peek);
+    });
     m_settingsWindow = std::make_unique<SettingsWindow>(m_windowFactory.engine(), m_settings,
                                                         [this] { terminate(); });
     connect(m_windowsManager.get(), &WindowsManager::settingsRequested, m_settingsWindow.get(),

@@ -12,6 +12,7 @@
 #include "media/MediaManager.h"
 #include "notch/HapticFeedback.h"
 #include "notch/NotchCommands.h"
+#include "notch/QuickPeeks.h"
 #include "notch/WindowsManager.h"
 #include "platform/linux/BacklightBrightnessService.h"
 #include "platform/linux/CanberraSoundPlayer.h"
@@ -119,6 +120,9 @@ private:
 
     // Empty until the launch sequence creates it; every "show settings" path goes through it.
     std::unique_ptr<WindowsManager> m_windowsManager;
+    // After the windows, which it writes to.
+    std::unique_ptr<QuickPeeks> m_quickPeeks;
+    QuickPeek m_lastTrackPeek;
     std::unique_ptr<ApplicationMenu> m_nsMenu;
     bool m_appInitialized = false;
     bool m_terminated = false;

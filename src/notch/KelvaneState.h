@@ -26,6 +26,9 @@ class KelvaneState : public QObject {
     Q_PROPERTY(bool hasIndicator READ hasIndicator NOTIFY indicatorChanged)
     Q_PROPERTY(kelvane::Indicator indicatorValue READ indicatorValue NOTIFY indicatorChanged)
     Q_PROPERTY(bool hasQuickPeek READ hasQuickPeek NOTIFY quickPeekChanged)
+    // The first peek's lines, for the views.
+    Q_PROPERTY(QString quickPeekTitle READ quickPeekTitle NOTIFY quickPeekChanged)
+    Q_PROPERTY(QString quickPeekDetail READ quickPeekDetail NOTIFY quickPeekChanged)
     Q_PROPERTY(kelvane::Spring transition READ transition NOTIFY transitionChanged)
 public:
     enum class Mode { closed, tuckle, tray, dragging };
@@ -68,6 +71,14 @@ public:
 
     const std::optional<QList<QuickPeek>>& quickPeek() const { return m_quickPeek; }
     bool hasQuickPeek() const { return m_quickPeek.has_value(); }
+    QString quickPeekTitle() const
+    {
+        return hasQuickPeek() && !m_quickPeek->isEmpty() ? m_quickPeek->first().title : QString();
+    }
+    QString quickPeekDetail() const
+    {
+        return hasQuickPeek() && !m_quickPeek->isEmpty() ? m_quickPeek->first().detail : QString();
+    }
     void setQuickPeek(const std::optional<QList<QuickPeek>>& peek);
 
     // Called just before select() changes the tab.

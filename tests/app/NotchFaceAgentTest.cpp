@@ -207,7 +207,7 @@ TEST(NotchFace, IsOneShapeFromTheTopEdgeThatTheMouseOpensHidesAndBringsBack)
 }
 
 // Two-finger swipes, as the scroll buttons send them: down opens, up closes and then hides,
-// sideways skips tracks on the real player.
+// sideways skips tracks on the real player; each new track peeks out of the closed notch.
 TEST(NotchFace, ScrollSwipesOpenCloseHideAndSkipTracks)
 {
     TemporaryHome home;
@@ -219,6 +219,7 @@ TEST(NotchFace, ScrollSwipesOpenCloseHideAndSkipTracks)
         run("sox", {"-n", "-r", "44100", "-c", "2", "--comment", "TITLE=" + title, tones.last(), "synth", "60", "sine",
                     "440"});
     }
+    ComposedDesktop composed;
     QProcess player;
     player.start("mpv", QStringList{"--no-video", "--ao=null", "--no-terminal"} + tones);
     RunningAgent agent;
@@ -235,12 +236,13 @@ TEST(NotchFace, ScrollSwipesOpenCloseHideAndSkipTracks)
         QString mode;
         bool hidden;
         QString title;
+        bool peeks;
     } swipes[] = {
-        {"5", "tuckle", false, "First Tone"},  // down
-        {"4", "closed", false, "First Tone"},  // up
-        {"7", "closed", false, "Second Tone"}, // sideways: the next track
-        {"6", "closed", false, "First Tone"},  // and back
-        {"4", "closed", true, "First Tone"},   // up on the closed notch hides it
+        {"5", "tuckle", false, "First Tone", false}, // down
+        {"4", "closed", false, "First Tone", false}, // up
+        {"7", "closed", false, "Second Tone", true}, // sideways: the next track, which peeks out
+        {"6", "closed", false, "First Tone", true},  // and back
+        {"4", "closed", true, "First Tone", false},  // up on the closed notch hides it
     };
     for (const auto& swipe : swipes) {
         SCOPED_TRACE(swipe.button);
@@ -250,6 +252,11 @@ TEST(NotchFace, ScrollSwipesOpenCloseHideAndSkipTracks)
         EXPECT_TRUE(waitUntil([&] {
             return mode() == swipe.mode && notch("M1")["hidden"].toBool() == swipe.hidden && title() == swipe.title;
         })) << mode().toStdString() << " " << title().toStdString();
+        if (swipe.peeks) {
+            EXPECT_TRUE(waitUntil([&] { return notch("M1")["quickPeek"].toString() == swipe.title; }));
+            QThread::msleep(500);
+            screenshot(QString("face-quick-peek-%1").arg(swipe.button));
+        }
     }
     player.kill();
     player.waitForFinished();

@@ -1,5 +1,6 @@
-#include "notch/NotchCommands.h"
 #include "notch/WindowsManager.h"
+#include "notch/NotchCommands.h"
+#include "notch/QuickPeeks.h"
 
 #include "core/ManualScheduler.h"
 #include "support/FakeNotchWindowFactory.h"
@@ -270,4 +271,42 @@ TEST(NotchCommands, ActOnTheNamedOrDefaultNotchesAndReportThem)
     EXPECT_EQ(builtIn["rawNotchSize"].toObject()["height"].toDouble(), 32);
     EXPECT_EQ(builtIn["window"].toObject()["width"].toDouble(), f.windows.records[0]->setup.frame.width());
     EXPECT_TRUE(builtIn["indicator"].isNull());
+}
+
+// New content peeks out of the closed, shown notches for a moment; a second peek takes the place
+// of the first and runs its own time; open and hidden notches and a user who turned peeks off see
+// none.
+TEST(QuickPeeks, ShowOnClosedNotchesForAMoment)
+{
+    Fixture f;
+    QuickPeeks peeks(f.sched, f.settings, *f.manager);
+    const auto shown = [&](int i) { return f.kit(i).kelvane->quickPeekTitle(); };
+    const auto duration = std::chrono::milliseconds(int(QuickPeeks::duration * 1000));
+
+    peeks.post({"First Tone", "Sox Synth"});
+    EXPECT_EQ(shown(0), "First Tone");
+    EXPECT_EQ(f.kit(0).kelvane->quickPeekDetail(), "Sox Synth");
+    EXPECT_EQ(shown(1), "First Tone");
+    f.sched.advance(duration - 500ms);
+    peeks.post({"Second Tone", ""});
+    f.sched.advance(1s);
+    EXPECT_EQ(shown(0), "Second Tone");
+    f.sched.advance(duration - 1s);
+    EXPECT_FALSE(f.kit(0).kelvane->hasQuickPeek());
+    EXPECT_FALSE(f.kit(1).kelvane->hasQuickPeek());
+
+    f.kit(0).controller->openNotch(Mode::tuckle);
+    f.kit(1).controller->hideNotch();
+    peeks.post({"Third Tone", ""});
+    EXPECT_FALSE(f.kit(0).kelvane->hasQuickPeek());
+    EXPECT_FALSE(f.kit(1).kelvane->hasQuickPeek());
+
+    f.kit(0).controller->closeNotch(false, true);
+    f.settings.update(Keys::liveActivitiesSettings(), [](auto& s) { s.enableQuickPeek = false; });
+    peeks.post({"Fourth Tone", ""});
+    EXPECT_FALSE(f.kit(0).kelvane->hasQuickPeek());
+    f.settings.update(Keys::liveActivitiesSettings(), [](auto& s) { s.enableQuickPeek = true; });
+    peeks.post({"Fifth Tone", ""});
+    EXPECT_EQ(NotchCommands(*f.manager, f.screens).state()["notches"].toArray()[0].toObject()["quickPeek"],
+              "Fifth Tone");
 }

@@ -48,6 +48,14 @@ Item {
         : Math.max(drawn.height * 1.25, activityTextWidth + drawn.height * 0.75)
     readonly property real wing: Math.max(indicatorWing, activityWing)
 
+    // New content peeking out of the closed notch for a moment: two lines below the top bar.
+    readonly property bool peeking: kelvane.hasQuickPeek && !isOpen && !kelvane.hidden && !kelvane.hasIndicator
+    TextMetrics { id: peekTitleMetrics; font.pixelSize: 13; font.weight: Font.DemiBold; text: root.kelvane.quickPeekTitle }
+    TextMetrics { id: peekDetailMetrics; font.pixelSize: 11; text: root.kelvane.quickPeekDetail }
+    readonly property real peekWidth: Math.min(viewModel.openFootprint.width,
+        Math.max(peekTitleMetrics.advanceWidth, peekDetailMetrics.advanceWidth) + 56)
+    readonly property real peekHeight: drawn.height + (kelvane.quickPeekDetail === "" ? 28 : 44)
+
     // Pulled down, the closed notch grows towards the open panel with the pointer.
     readonly property real scrub: gestures.scrubExpansion
     readonly property size tuckleFootprint: viewModel.openFootprint
@@ -55,7 +63,7 @@ Item {
         const room = Math.max(1, viewModel.openFootprint.height - drawn.height)
         return Math.min(1, scrub / room)
     }
-    readonly property real closedWidth: (drawn.width + 2 * wing) * viewModel.hoverScale
+    readonly property real closedWidth: Math.max((drawn.width + 2 * wing) * viewModel.hoverScale, peeking ? peekWidth : 0)
     readonly property real targetWidth: kelvane.hidden ? 0
         : isOpen ? viewModel.openFootprint.width
         : scrub > 0 ? closedWidth + (viewModel.openFootprint.width - closedWidth) * scrubProgress
@@ -63,6 +71,7 @@ Item {
     readonly property real targetHeight: kelvane.hidden ? 0
         : isOpen ? viewModel.openFootprint.height
         : scrub > 0 ? drawn.height + scrub
+        : peeking ? peekHeight
         : drawn.height * viewModel.hoverScale
 
     SpringValue { id: widthSpring; spring: root.kelvane.transition; target: root.targetWidth }
@@ -257,6 +266,34 @@ Item {
                 notchWindow: root.notchWindow
                 dropZone: root.dropZone
                 dropSpace: dropView
+            }
+        }
+
+        Column {
+            objectName: "quickPeek"
+            x: 28
+            y: root.drawn.height + 3
+            width: parent.width - 56
+            opacity: root.peeking && shape.height > root.peekHeight * 0.8 ? 1 : 0
+            visible: opacity > 0
+            Behavior on opacity { NumberAnimation { duration: 150 } }
+            Text {
+                width: parent.width
+                horizontalAlignment: Text.AlignHCenter
+                elide: Text.ElideRight
+                text: root.kelvane.quickPeekTitle
+                color: "white"
+                font.pixelSize: 13
+                font.weight: Font.DemiBold
+            }
+            Text {
+                width: parent.width
+                visible: text !== ""
+                horizontalAlignment: Text.AlignHCenter
+                elide: Text.ElideRight
+                text: root.kelvane.quickPeekDetail
+                color: "#a1a1a6"
+                font.pixelSize: 11
             }
         }
 
