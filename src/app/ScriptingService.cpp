@@ -122,6 +122,13 @@ void ScriptingService::Hide(const QString& screen)
             fail(*error);
 }
 
+void ScriptingService::Calibrate(const QString& what, const QString& screen)
+{
+    if (ready())
+        if (auto error = m_delegate->notchCommands()->calibrate(what, screen))
+            fail(*error);
+}
+
 void ScriptingService::Select(const QString& tab, const QString& screen)
 {
     if (ready())

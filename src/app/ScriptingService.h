@@ -31,6 +31,7 @@ public Q_SLOTS:
     void Close(const QString& screen);
     void Hide(const QString& screen);
     void Select(const QString& tab, const QString& screen);
+    void Calibrate(const QString& what, const QString& screen);
     QStringList SettingKeys();
     QString GetSetting(const QString& key);
     void SetSetting(const QString& key, const QString& json);

@@ -25,7 +25,8 @@ std::optional<Request> parse(QStringList args, QString& error)
         return false;
     };
     const bool takesScreen = command == QLatin1StringView("open") || command == QLatin1StringView("close") ||
-                             command == QLatin1StringView("hide") || command == QLatin1StringView("select");
+                             command == QLatin1StringView("hide") || command == QLatin1StringView("select") ||
+                             command == QLatin1StringView("calibrate");
     if (!screen.isEmpty() && !takesScreen) {
         error = QStringLiteral("\"%1\" takes no --screen.").arg(command);
         return std::nullopt;
@@ -39,6 +40,8 @@ std::optional<Request> parse(QStringList args, QString& error)
         return Request{QStringLiteral("Close"), {screen}};
     if (command == QLatin1StringView("hide") && expect(0, 0))
         return Request{QStringLiteral("Hide"), {screen}};
+    if (command == QLatin1StringView("calibrate") && expect(1, 1))
+        return Request{QStringLiteral("Calibrate"), {rest.at(0), screen}};
     if (command == QLatin1StringView("select") && expect(1, 1))
         return Request{QStringLiteral("Select"), {rest.at(0), screen}};
     if (command == QLatin1StringView("show-settings") && expect(0, 1))

@@ -27,6 +27,9 @@ Commands:
   close [--screen KEY]               close the notches (every one unless a screen is named)
   hide [--screen KEY]                hide the notches (every one unless a screen is named)
   select tuckle|tray [--screen KEY]  show a tab of an open notch
+  calibrate width|height|done [--screen KEY]
+                                     fit the notch's outline to the camera housing (drag or arrow
+                                     keys, Return when done)
   settings list                      the names of the settings
   settings get KEY                   a setting's value as JSON
   settings set KEY JSON              write a setting (only a value that fits the setting is written)

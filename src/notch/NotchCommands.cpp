@@ -52,6 +52,7 @@ QJsonObject NotchCommands::state() const
             {QStringLiteral("mode"), kelvane.modeName()},
             {QStringLiteral("hidden"), kelvane.hidden()},
             {QStringLiteral("locked"), kelvane.locked()},
+            {QStringLiteral("calibrating"), kit->viewModel->fineTuning()},
             {QStringLiteral("quickPeek"), kelvane.hasQuickPeek() ? QJsonValue(kelvane.quickPeekTitle()) : QJsonValue()},
             {QStringLiteral("indicator"), indicatorJson(kelvane.indicator())},
             {QStringLiteral("topBarText"), kit->windowController ? kit->windowController->topBarText() : QString()},
@@ -113,6 +114,20 @@ NotchCommands::Error NotchCommands::close(const QString& screen)
 NotchCommands::Error NotchCommands::hide(const QString& screen)
 {
     return forEachTarget(screen, Default::everyScreen, [](DisplayKit& kit) { kit.controller->hideNotch(); });
+}
+
+NotchCommands::Error NotchCommands::calibrate(const QString& what, const QString& screen)
+{
+    if (what == QLatin1StringView("done"))
+        return forEachTarget(screen, Default::everyScreen, [](DisplayKit& kit) { kit.controller->endFineTuning(); });
+    const bool width = what == QLatin1StringView("width");
+    if (!width && what != QLatin1StringView("height"))
+        return QStringLiteral("Unknown calibration \"%1\": use width, height or done.").arg(what);
+    return forEachTarget(screen, Default::mainScreen, [&](DisplayKit& kit) {
+        kit.controller->closeNotch(false, true);
+        kit.viewModel->setFineTuning(width ? NotchViewModel::State::fineTuningWidth
+                                           : NotchViewModel::State::fineTuningHeight);
+    });
 }
 
 NotchCommands::Error NotchCommands::select(const QString& tab, const QString& screen)

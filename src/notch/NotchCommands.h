@@ -27,6 +27,9 @@ public:
     Error open(const QString& tab, const QString& screen);
     Error close(const QString& screen);
     Error hide(const QString& screen);
+    // "width" or "height" shows the calibration face for that offset on a notch (the main
+    // screen's unless one is named), closed; "done" leaves it on every notch.
+    Error calibrate(const QString& what, const QString& screen);
     Error select(const QString& tab, const QString& screen);
 
 private:

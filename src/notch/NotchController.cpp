@@ -1,5 +1,7 @@
 #include "NotchController.h"
 
+#include <algorithm>
+
 #include "core/MainThread.h"
 
 namespace kelvane {
@@ -74,5 +76,16 @@ void NotchController::hideNotch()
     const Spring spring = m_general->transluscent ? Springs::liquidCloseFootprint : Springs::closePlain;
     m_kelvane.setHidden(true, spring);
 }
+
+void NotchController::fineTune(double width, double height)
+{
+    assertMainThread();
+    m_settings.update(Keys::generalSettings(), [&](GeneralSettings& general) {
+        general.notchWidthFineTune = std::clamp(general.notchWidthFineTune + width, -fineTuneLimit, fineTuneLimit);
+        general.notchHeightFineTune = std::clamp(general.notchHeightFineTune + height, -fineTuneLimit, fineTuneLimit);
+    });
+}
+
+void NotchController::endFineTuning() { m_viewModel.setFineTuning(std::nullopt); }
 
 } // namespace kelvane

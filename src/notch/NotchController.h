@@ -26,6 +26,13 @@ public:
     Q_INVOKABLE void closeNotch(bool vibrate, bool unhover);
     Q_INVOKABLE void hideNotch();
 
+    // Calibration: moves the closed notch's outline by these offsets (in points of the saved
+    // fine-tune settings, of which half is applied), kept within `fineTuneLimit`.
+    Q_INVOKABLE void fineTune(double width, double height);
+    // Leaves the calibration face.
+    Q_INVOKABLE void endFineTuning();
+    static constexpr double fineTuneLimit = 200;
+
 private:
     KelvaneState& m_kelvane;
     NotchViewModel& m_viewModel;

@@ -48,6 +48,23 @@ void NotchViewModel::update(const GeneralSettings& settings, bool isNonNotchScre
         Q_EMIT notchStateChanged();
 }
 
+void NotchViewModel::setFineTuning(std::optional<State> face)
+{
+    if (face && *face != State::fineTuningWidth && *face != State::fineTuningHeight)
+        face.reset();
+    if (face == m_fineTuning)
+        return;
+    m_fineTuning = face;
+    Q_EMIT notchStateChanged();
+}
+
+QString NotchViewModel::fineTuning() const
+{
+    return m_fineTuning == State::fineTuningWidth    ? QStringLiteral("width")
+           : m_fineTuning == State::fineTuningHeight ? QStringLiteral("height")
+                                                     : QString();
+}
+
 void NotchViewModel::setHovering(bool hovering)
 {
     if (assign(m_hovering, hovering)) {

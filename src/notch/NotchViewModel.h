@@ -14,6 +14,8 @@ namespace kelvane {
 class NotchViewModel : public QObject {
     Q_OBJECT
     Q_PROPERTY(State notchState READ notchState NOTIFY notchStateChanged)
+    // "width" or "height" while a calibration face is up, empty otherwise.
+    Q_PROPERTY(QString fineTuning READ fineTuning NOTIFY notchStateChanged)
     Q_PROPERTY(bool isDisabled READ isDisabled NOTIFY notchStateChanged)
     Q_PROPERTY(bool hovering READ hovering WRITE setHovering NOTIFY hoveringChanged)
     Q_PROPERTY(bool pressing READ pressing WRITE setPressing NOTIFY pressingChanged)
@@ -45,8 +47,12 @@ public:
     NotchViewModel(const Screen& screen, const KelvaneState& kelvane, const SettingsStore& settings,
                    QObject* parent = nullptr);
 
-    State notchState() const { return m_notchState; }
-    bool isDisabled() const { return m_notchState == State::disabled; }
+    State notchState() const { return m_fineTuning.value_or(m_notchState); }
+    bool isDisabled() const { return notchState() == State::disabled; }
+    // Shows a calibration face (`fineTuningWidth` or `fineTuningHeight`), or with none the face
+    // the settings give.
+    void setFineTuning(std::optional<State> face);
+    QString fineTuning() const;
     // The face for these settings: no notch at all on a screen without one when the user wants
     // notches only where there is a camera housing.
     void update(const GeneralSettings& settings, bool isNonNotch, bool isFullScreen);
@@ -94,6 +100,7 @@ private:
     SettingValue<DropAreaSettings> m_dropArea;
 
     State m_notchState = State::standardContent;
+    std::optional<State> m_fineTuning;
     bool m_hovering = false;
     bool m_pressing = false;
     bool m_isPanning = false;

@@ -204,6 +204,20 @@ TEST(NotchFace, IsOneShapeFromTheTopEdgeThatTheMouseOpensHidesAndBringsBack)
     // The handle brings it back, closed.
     pointer({"mousemove", QString::number(centre), "2", "click", "1"});
     EXPECT_TRUE(waitUntil([] { return !notch("M1")["hidden"].toBool() && mode() == "closed"; }));
+
+    // Calibrated with the keys: the outline widens as the saved offset grows, and Return ends it.
+    const auto widthFineTune = [] {
+        return QJsonDocument::fromJson(ctl({"settings", "get", "generalSettings"}).out.toUtf8())["notchWidthFineTune"]
+            .toDouble();
+    };
+    ASSERT_EQ(ctl({"calibrate", "width"}).status, 0);
+    ASSERT_TRUE(waitUntil([] { return notch("M1")["calibrating"].toString() == "width"; }));
+    QThread::msleep(300);
+    pointer({"key", "Right", "Right", "shift+Right"});
+    EXPECT_TRUE(waitUntil([&] { return widthFineTune() == 12; }));
+    screenshot("face-calibration");
+    pointer({"key", "Return"});
+    EXPECT_TRUE(waitUntil([] { return notch("M1")["calibrating"].toString().isEmpty(); }));
 }
 
 // Two-finger swipes, as the scroll buttons send them: down opens, up closes and then hides,

@@ -310,3 +310,32 @@ TEST(QuickPeeks, ShowOnClosedNotchesForAMoment)
     EXPECT_EQ(NotchCommands(*f.manager, f.screens).state()["notches"].toArray()[0].toObject()["quickPeek"],
               "Fifth Tone");
 }
+
+// Calibration: the face comes up closed on the main screen's notch, the offsets it writes move the
+// outline by half of themselves within their limit, and "done" ends it.
+TEST(NotchCommands, CalibrateTheOutlineOntoTheCameraHousing)
+{
+    Fixture f;
+    NotchCommands commands(*f.manager, f.screens);
+    const QSizeF before = f.kit(0).viewModel->notchSize();
+    f.kit(0).controller->openNotch(Mode::tuckle);
+
+    EXPECT_EQ(commands.calibrate("depth", ""), "Unknown calibration \"depth\": use width, height or done.");
+    EXPECT_EQ(commands.calibrate("width", ""), std::nullopt);
+    EXPECT_EQ(f.kit(0).viewModel->notchState(), NotchViewModel::State::fineTuningWidth);
+    EXPECT_EQ(f.kit(0).kelvane->mode(), Mode::closed);
+    EXPECT_EQ(f.kit(1).viewModel->fineTuning(), "");
+
+    f.kit(0).controller->fineTune(8, 0);
+    f.kit(0).controller->fineTune(0, -3);
+    EXPECT_EQ(f.kit(0).viewModel->notchSize(), before + QSizeF(4, -1.5));
+    f.kit(0).controller->fineTune(1000, 0);
+    EXPECT_EQ(f.settings.value(Keys::generalSettings()).notchWidthFineTune, NotchController::fineTuneLimit);
+
+    EXPECT_EQ(commands.calibrate("height", "HDMI-1"), std::nullopt);
+    EXPECT_EQ(f.kit(1).viewModel->fineTuning(), "height");
+    EXPECT_EQ(commands.state()["notches"].toArray()[1].toObject()["calibrating"], "height");
+    EXPECT_EQ(commands.calibrate("done", ""), std::nullopt);
+    EXPECT_EQ(f.kit(0).viewModel->notchState(), NotchViewModel::State::standardContent);
+    EXPECT_EQ(f.kit(1).viewModel->fineTuning(), "");
+}

@@ -82,8 +82,9 @@ Item {
     // While the menu is up the whole window takes the pointer: the menu's items, and a click beside
     // the menu that closes it.
     property bool menuShown: false
+    readonly property bool calibrating: viewModel.fineTuning !== ""
     readonly property var inputShape: {
-        if (menuShown)
+        if (menuShown || calibrating)
             return { handle: true, x: 0, y: 0, w: width, h: height }
         if (viewModel.isDisabled)
             return { handle: true, x: 0, y: 0, w: 1, h: 1 }
@@ -115,6 +116,80 @@ Item {
         TapHandler { onTapped: root.gestures.clicked() }
     }
 
+    // The calibration face: the outline to fit onto the camera housing, by dragging or with the
+    // arrow keys (Shift for larger steps); Return or Escape ends it.
+    Item {
+        id: calibration
+        objectName: "calibration"
+        anchors.fill: parent
+        visible: root.calibrating
+        z: 2
+        focus: visible
+        onVisibleChanged: if (visible) { root.notchWindow.makeKeyWindow(); forceActiveFocus() }
+        readonly property bool tunesWidth: root.viewModel.fineTuning === "width"
+        Rectangle {
+            x: (root.width - root.drawn.width) / 2 - 2
+            y: -2
+            width: root.drawn.width + 4
+            height: root.drawn.height + 4
+            radius: 6
+            color: "transparent"
+            border.color: "#0a84ff"
+            border.width: 2
+        }
+        Rectangle {
+            anchors.horizontalCenter: parent.horizontalCenter
+            y: root.drawn.height + 10
+            width: hint.implicitWidth + 24
+            height: hint.implicitHeight + 12
+            radius: 8
+            color: "#ee1c1c1e"
+            Text {
+                id: hint
+                anchors.centerIn: parent
+                horizontalAlignment: Text.AlignHCenter
+                color: "white"
+                font.pixelSize: 12
+                text: (calibration.tunesWidth ? qsTr("Drag sideways or press ← → until the outline is as wide as the camera housing.")
+                                         : qsTr("Drag up or down or press ↑ ↓ until the outline is as tall as the camera housing."))
+                      + "\n" + qsTr("Return when done.")
+            }
+        }
+        DragHandler {
+            id: calibrationDrag
+            target: null
+            // On the desktop: the window itself moves as the outline it is centred on grows.
+            readonly property point onDesktop: calibration.Window.window
+                ? Qt.point(calibration.Window.window.x + centroid.scenePosition.x,
+                           calibration.Window.window.y + centroid.scenePosition.y)
+                : centroid.scenePosition
+            property point last
+            onActiveChanged: last = onDesktop
+            onOnDesktopChanged: {
+                if (!active)
+                    return
+                // Half of each offset is applied, and the outline grows on both sides.
+                if (calibration.tunesWidth)
+                    root.controller.fineTune(4 * (onDesktop.x - last.x), 0)
+                else
+                    root.controller.fineTune(0, 2 * (onDesktop.y - last.y))
+                last = onDesktop
+            }
+        }
+        Keys.onPressed: (event) => {
+            const step = (event.modifiers & Qt.ShiftModifier) ? 10 : 1
+            if (event.key === Qt.Key_Return || event.key === Qt.Key_Enter || event.key === Qt.Key_Escape)
+                root.controller.endFineTuning()
+            else if (calibration.tunesWidth && (event.key === Qt.Key_Left || event.key === Qt.Key_Right))
+                root.controller.fineTune(event.key === Qt.Key_Right ? step : -step, 0)
+            else if (!calibration.tunesWidth && (event.key === Qt.Key_Up || event.key === Qt.Key_Down))
+                root.controller.fineTune(0, event.key === Qt.Key_Down ? step : -step)
+            else
+                return
+            event.accepted = true
+        }
+    }
+
     NotchMenu {
         id: menu
         windowsManager: root.windowsManager
@@ -141,21 +216,25 @@ Item {
         width: Math.max(0, widthSpring.value)
         height: Math.max(0, heightSpring.value)
 
+        // While the outline is calibrated, the notch only shows it.
         HoverHandler {
+            enabled: !root.calibrating
             onHoveredChanged: hovered ? root.gestures.pointerEntered() : root.gestures.pointerExited()
         }
         TapHandler {
+            enabled: !root.calibrating
             acceptedButtons: Qt.LeftButton
             onTapped: root.gestures.clicked()
         }
         TapHandler {
+            enabled: !root.calibrating
             acceptedButtons: Qt.RightButton
             onTapped: (point) => menu.popup(shape, point.position.x, point.position.y)
         }
         // Pulled down from the closed notch, it opens past a threshold or springs back.
         DragHandler {
             target: null
-            enabled: !root.isOpen
+            enabled: !root.isOpen && !root.calibrating
             yAxis.enabled: true
             xAxis.enabled: false
             onActiveChanged: active ? root.gestures.pressed() : root.gestures.released()
@@ -165,11 +244,13 @@ Item {
         // one direction.
         WheelHandler {
             target: null
+            enabled: !root.calibrating
             orientation: Qt.Vertical
             onWheel: (event) => root.gestures.scrolled(0, event.angleDelta.y)
         }
         WheelHandler {
             target: null
+            enabled: !root.calibrating
             orientation: Qt.Horizontal
             onWheel: (event) => root.gestures.scrolled(event.angleDelta.x, 0)
         }
