@@ -62,6 +62,13 @@ QuickNotchWindow::QuickNotchWindow(const NotchWindowSetup& setup, QQmlEngine& en
             logLine(u"NotchWindow", error.toString());
     }
 
+    // Typing in the panel (a text field has the keyboard) may keep it open.
+    const auto followTyping = [this] {
+        if (m_gestures && m_view)
+            m_gestures->setEditingText(m_view->isActive() && isEditingText());
+    };
+    connect(m_view.get(), &QQuickWindow::activeFocusItemChanged, this, followTyping);
+    connect(m_view.get(), &QWindow::activeChanged, this, followTyping);
     connect(m_view.get(), &QWindow::activeChanged, this, [this] {
         const bool active = m_view->isActive();
         if (m_wasActive && !active && m_resignKey)
@@ -89,6 +96,7 @@ bool QuickNotchWindow::eventFilter(QObject* watched, QEvent* event)
 QuickNotchWindow::~QuickNotchWindow()
 {
     m_resignKey = nullptr;
+    m_gestures = nullptr;
     m_view.reset();
 }
 

@@ -182,7 +182,15 @@ TEST(NotchFace, IsOneShapeFromTheTopEdgeThatTheMouseOpensHidesAndBringsBack)
     const Outline open = settledShape("face-open-widgets");
     EXPECT_GT(open.bottom, closed.bottom * 3);
     setField("tuckleSettings", "enabledWidgets", QJsonArray{"timer", "media"});
-    settledShape("face-open-widgets-reordered");
+    const Outline reordered = settledShape("face-open-widgets-reordered");
+    // Typing in the timer's label keeps the panel open when the pointer leaves it.
+    pointer({"mousemove", QString::number(reordered.left + 80), "48", "click", "1"});
+    QThread::msleep(300);
+    pointer({"type", "Tea"});
+    pointer({"mousemove", "200", "600"});
+    QThread::msleep(1000);
+    EXPECT_EQ(mode(), "tuckle");
+    pointer({"mousemove", QString::number(centre), "100"});
     ASSERT_EQ(ctl({"select", "tray"}).status, 0);
     settledShape("face-open-tray");
 

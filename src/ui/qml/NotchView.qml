@@ -81,7 +81,7 @@ Item {
     // notch keeps its handle.
     // While the menu is up the whole window takes the pointer: the menu's items, and a click beside
     // the menu that closes it.
-    property bool menuShown: false
+    readonly property bool menuShown: menu.shown
     readonly property bool calibrating: viewModel.fineTuning !== ""
     readonly property var inputShape: {
         if (menuShown || calibrating)
@@ -195,7 +195,6 @@ Item {
         windowsManager: root.windowsManager
         controller: root.controller
         gestures: root.gestures
-        onShownChanged: (shown) => root.menuShown = shown
     }
 
     NotchShape {
