@@ -1,5 +1,7 @@
 #include "Renderer.h"
 
+#include <QDir>
+#include <QFile>
 #include <QGuiApplication>
 #include <QOffscreenSurface>
 #include <QOpenGLContext>
@@ -39,9 +41,17 @@ bool drawnInSoftware(const QString& driver)
             return true;
     return false;
 }
+
+// A device that a hardware OpenGL driver draws through: a DRM node, or NVIDIA's own.
+bool hasGraphicsDevice()
+{
+    const QDir dri(QStringLiteral("/dev/dri"));
+    return !dri.entryList({QStringLiteral("card*"), QStringLiteral("renderD*")}, QDir::System).isEmpty() ||
+           QFile::exists(QStringLiteral("/dev/nvidiactl"));
+}
 } // namespace
 
-Renderer Renderer::decide(const QByteArray& asked, const QString& platform,
+Renderer Renderer::decide(const QByteArray& asked, const QString& platform, bool graphicsDevice,
                           const std::function<QString()>& openGLDriver)
 {
     const QByteArray wanted = asked.trimmed().toLower();
@@ -49,6 +59,9 @@ Renderer Renderer::decide(const QByteArray& asked, const QString& platform,
         return software(QStringLiteral("asked for by KELVANE_RENDERER"));
     if (platform == QLatin1StringView("offscreen"))
         return software(QStringLiteral("there is no display"));
+    // Without one, an OpenGL can only be drawn by the processor: not even worth loading.
+    if (!graphicsDevice && wanted != "opengl")
+        return software(QStringLiteral("the machine has no graphics device"));
     const QString driver = openGLDriver();
     if (driver.isEmpty())
         return software(QStringLiteral("the display offers no OpenGL"));
@@ -59,7 +72,7 @@ Renderer Renderer::decide(const QByteArray& asked, const QString& platform,
 
 Renderer Renderer::choose()
 {
-    return decide(qgetenv("KELVANE_RENDERER"), QGuiApplication::platformName(), openGLRenderer);
+    return decide(qgetenv("KELVANE_RENDERER"), QGuiApplication::platformName(), hasGraphicsDevice(), openGLRenderer);
 }
 
 void Renderer::use(const Renderer& renderer) { QQuickWindow::setGraphicsApi(renderer.api); }

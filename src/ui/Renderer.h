@@ -19,9 +19,11 @@ struct Renderer {
     QString description;
 
     static Renderer choose();
-    // The choice, from what was asked (`KELVANE_RENDERER`), the window system's platform name and
-    // the OpenGL driver's name (asked only when needed; empty when there is no OpenGL).
-    static Renderer decide(const QByteArray& asked, const QString& platform,
+    // The choice, from what was asked (`KELVANE_RENDERER`), the window system's platform name,
+    // whether the machine has a graphics device at all, and the OpenGL driver's name (asked only
+    // when needed, as asking loads the driver into the process for good; empty when there is no
+    // OpenGL).
+    static Renderer decide(const QByteArray& asked, const QString& platform, bool graphicsDevice,
                            const std::function<QString()>& openGLDriver);
     // Makes `renderer` the one every Qt Quick window of the process uses.
     static void use(const Renderer& renderer);
