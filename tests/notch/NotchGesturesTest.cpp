@@ -10,17 +10,13 @@ using Mode = KelvaneState::Mode;
 using Swipe = NotchGestures::Swipe;
 
 namespace {
-struct NoHaptics : HapticFeedback {
-    void levelChange() override {}
-};
-
 struct Fixture {
     ManualScheduler sched;
     InMemorySettingsDomain domain;
     SettingsStore settings{domain};
     KelvaneState state{sched, settings};
     NotchViewModel viewModel{{QSizeF(180, 32), QSizeF(1512, 982), QSizeF(96, 96)}, state, settings};
-    NoHaptics haptics;
+    NullHapticFeedback haptics;
     NotchController controller{state, viewModel, settings, sched, haptics, [] { return 0; }};
     bool menuUp = false;
     std::vector<int> skips;
