@@ -23,6 +23,9 @@ class SelectedLiveActivity : public QObject {
     Q_PROPERTY(QString iconName READ iconName NOTIFY selectedChanged)
     // Screens without a camera notch show no activity when the user asked for that.
     Q_PROPERTY(bool hiddenInNonNotchedScreens READ hiddenInNonNotchedScreens NOTIFY selectedChanged)
+    // The activity a screen showing a full-screen window shows: the same choice made without the
+    // activities the user keeps out of full screen.
+    Q_PROPERTY(QString fullScreenName READ fullScreenName NOTIFY selectedChanged)
 public:
     using BatteryStatusSource = std::function<std::optional<BatteryStatus>()>;
 
@@ -38,6 +41,8 @@ public:
     QString name() const;
     QString displayName() const;
     QString iconName() const;
+    std::optional<LiveActivity> fullScreenSelected() const { return m_fullScreenSelected; }
+    QString fullScreenName() const;
     bool hiddenInNonNotchedScreens() const { return m_hiddenInNonNotchedScreens; }
 
     // The raised set, the shown set and the selected activity, by raw value.
@@ -52,6 +57,7 @@ private:
     SettingValue<CalendarLiveActivitySettings> m_calendarSettings;
     BatteryStatusSource m_batteryStatus;
     std::optional<LiveActivity> m_selected;
+    std::optional<LiveActivity> m_fullScreenSelected;
     bool m_hiddenInNonNotchedScreens = false;
 };
 

@@ -46,6 +46,12 @@ AppDelegate::~AppDelegate()
     TuckleTimersStore::setShared(nullptr);
     m_timersStore.reset();
     m_selectedLiveActivity.reset();
+    m_fullscreen.reset();
+    m_windowStack.reset();
+    m_bluetooth.reset();
+    m_bluetoothSource.reset();
+    m_power.reset();
+    m_powerSource.reset();
     m_media.reset();
     m_mediaEnvironment.reset();
     m_tray.reset();
@@ -66,6 +72,9 @@ void AppDelegate::applicationDidFinishLaunching()
                                                                  QDBusConnection::systemBus());
     m_media = std::make_unique<MediaManager>(
         MediaManager::Dependencies{m_scheduler, m_timers, m_settings, m_liveActivities, *m_mediaEnvironment});
+    m_powerSource = std::make_unique<UPowerSource>(QDBusConnection::systemBus());
+    m_power = std::make_unique<PowerMonitor>(
+        PowerMonitor::Dependencies{*m_powerSource, m_timers, m_liveActivities, m_settings});
 
     // The tray comes back as it was left.
     m_sharing = std::make_unique<DesktopSharing>(QDBusConnection::sessionBus());
@@ -79,6 +88,11 @@ void AppDelegate::applicationDidFinishLaunching()
     removeUpdateAvailableActivity();
 
     // Then the Bluetooth and full-screen monitors, and the default notes.
+    m_bluetoothSource = std::make_unique<BluezSource>(QDBusConnection::systemBus());
+    m_bluetooth = std::make_unique<BluetoothManager>(
+        BluetoothManager::Dependencies{*m_bluetoothSource, m_timers, m_liveActivities});
+    m_windowStack = std::make_unique<X11WindowStack>();
+    m_fullscreen = std::make_unique<FullscreenMonitor>(*m_windowStack);
 
     // The timers and the top bar's activity exist before the notches that show them.
     m_timersStore = std::make_unique<TuckleTimersStore>(
@@ -87,6 +101,8 @@ void AppDelegate::applicationDidFinishLaunching()
     m_timerCommands = std::make_unique<TimerCommands>(*m_timersStore);
     m_selectedLiveActivity =
         std::make_unique<SelectedLiveActivity>(m_liveActivities, m_liveActivitySelection, m_settings);
+    m_selectedLiveActivity->setBatteryStatusSource([this] { return m_power->batteryStatus(); });
+    connect(m_power.get(), &PowerMonitor::changed, m_selectedLiveActivity.get(), &SelectedLiveActivity::refresh);
     // The widgets that have a view; the others take no room in the panel.
     m_widgetGrid = std::make_unique<WidgetGridModel>(m_settings, std::set{TuckleWidget::media, TuckleWidget::timer});
     m_windowFactory.setServices({
@@ -96,6 +112,8 @@ void AppDelegate::applicationDidFinishLaunching()
         {QStringLiteral("timerCommands"), QVariant::fromValue(static_cast<QObject*>(m_timerCommands.get()))},
         {QStringLiteral("media"), QVariant::fromValue(static_cast<QObject*>(m_media.get()))},
         {QStringLiteral("tray"), QVariant::fromValue(static_cast<QObject*>(m_tray.get()))},
+        {QStringLiteral("battery"), QVariant::fromValue(static_cast<QObject*>(m_power.get()))},
+        {QStringLiteral("bluetooth"), QVariant::fromValue(static_cast<QObject*>(m_bluetooth.get()))},
     });
 
     // Every notch takes drops: they open it into its drop area and land in the tray or a pipeline.
@@ -110,6 +128,13 @@ void AppDelegate::applicationDidFinishLaunching()
                 step > 0 ? m_media->goToNextTrack() : m_media->goToPreviousTrack();
         }});
     WindowsManager::setShared(m_windowsManager.get());
+    // Each notch knows whether its screen shows a full-screen window, also after a rebuild.
+    const auto followFullScreen = [this] {
+        m_windowsManager->updateFullScreen([this](const QRectF& screen) { return m_fullscreen->isFullScreen(screen); });
+    };
+    connect(m_fullscreen.get(), &FullscreenMonitor::changed, m_windowsManager.get(), followFullScreen);
+    connect(m_windowsManager.get(), &WindowsManager::displayKitsChanged, m_windowsManager.get(), followFullScreen);
+    followFullScreen();
     m_notchCommands = std::make_unique<NotchCommands>(*m_windowsManager, m_screens);
     // A new track peeks out of the closed notch: its title, and its artist below.
     m_quickPeeks = std::make_unique<QuickPeeks>(m_scheduler, m_settings, *m_windowsManager);
@@ -136,9 +161,7 @@ void AppDelegate::startBriVolKeyListener()
     // A laptop's own panel is the built-in display.
     const auto followMainScreen = [this] {
         const QScreen* screen = QGuiApplication::primaryScreen();
-        const QString name = screen ? screen->name() : QString();
-        m_mainScreenIsBuiltIn = name.startsWith(QLatin1StringView("eDP")) || name.startsWith(QLatin1StringView("LVDS")) ||
-                                name.startsWith(QLatin1StringView("DSI"));
+        m_mainScreenIsBuiltIn = screen && isBuiltInPanel(screen->name());
     };
     followMainScreen();
     connect(qGuiApp, &QGuiApplication::primaryScreenChanged, this, followMainScreen);

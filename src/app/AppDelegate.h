@@ -1,7 +1,9 @@
 #pragma once
 
 #include "activities/ActiveLiveActivitiesManager.h"
+#include "activities/BluetoothManager.h"
 #include "activities/LiveActivitySelectionManager.h"
+#include "activities/PowerMonitor.h"
 #include "activities/SelectedLiveActivity.h"
 #include "core/QtScheduler.h"
 #include "core/SerialQueue.h"
@@ -10,11 +12,13 @@
 #include "hud/LevelKeys.h"
 #include "hud/VolumeAndBrightnessListener.h"
 #include "media/MediaManager.h"
+#include "notch/FullscreenMonitor.h"
 #include "notch/HapticFeedback.h"
 #include "notch/NotchCommands.h"
 #include "notch/QuickPeeks.h"
 #include "notch/WindowsManager.h"
 #include "platform/linux/BacklightBrightnessService.h"
+#include "platform/linux/BluezSource.h"
 #include "platform/linux/CanberraSoundPlayer.h"
 #include "platform/linux/DesktopSharing.h"
 #include "platform/linux/MimePasteboard.h"
@@ -23,7 +27,9 @@
 #include "platform/linux/QtProcessRunner.h"
 #include "platform/linux/QtScreenProvider.h"
 #include "platform/linux/SessionWakeEvents.h"
+#include "platform/linux/UPowerSource.h"
 #include "platform/linux/X11PointerProbe.h"
+#include "platform/linux/X11WindowStack.h"
 #include "platform/linux/XInputKeySource.h"
 #include "settings/NativeSettingsDomain.h"
 #include "settings/SettingsStore.h"
@@ -72,6 +78,8 @@ public:
     SelectedLiveActivity* selectedLiveActivity() const { return m_selectedLiveActivity.get(); }
     MediaManager* media() const { return m_media.get(); }
     Tray* tray() const { return m_tray.get(); }
+    PowerMonitor* power() const { return m_power.get(); }
+    BluetoothManager* bluetooth() const { return m_bluetooth.get(); }
 
 private:
     void removeUpdateAvailableActivity();
@@ -101,6 +109,12 @@ private:
     X11PointerProbe m_pointer;
     std::unique_ptr<MprisMediaEnvironment> m_mediaEnvironment;
     std::unique_ptr<MediaManager> m_media;
+    std::unique_ptr<UPowerSource> m_powerSource;
+    std::unique_ptr<PowerMonitor> m_power;
+    std::unique_ptr<BluezSource> m_bluetoothSource;
+    std::unique_ptr<BluetoothManager> m_bluetooth;
+    std::unique_ptr<X11WindowStack> m_windowStack;
+    std::unique_ptr<FullscreenMonitor> m_fullscreen;
     std::unique_ptr<SelectedLiveActivity> m_selectedLiveActivity;
     std::unique_ptr<TuckleTimersStore> m_timersStore;
     std::unique_ptr<TimerCommands> m_timerCommands;

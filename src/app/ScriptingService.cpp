@@ -182,8 +182,10 @@ QString ScriptingService::Activities()
 {
     if (!ready())
         return {};
-    return QString::fromUtf8(
-        QJsonDocument(m_delegate->selectedLiveActivity()->state()).toJson(QJsonDocument::Indented));
+    QJsonObject state = m_delegate->selectedLiveActivity()->state();
+    state.insert(QStringLiteral("battery"), m_delegate->power()->state());
+    state.insert(QStringLiteral("bluetooth"), m_delegate->bluetooth()->state());
+    return QString::fromUtf8(QJsonDocument(state).toJson(QJsonDocument::Indented));
 }
 
 QString ScriptingService::Timers()

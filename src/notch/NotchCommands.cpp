@@ -53,6 +53,8 @@ QJsonObject NotchCommands::state() const
             {QStringLiteral("hidden"), kelvane.hidden()},
             {QStringLiteral("locked"), kelvane.locked()},
             {QStringLiteral("calibrating"), kit->viewModel->fineTuning()},
+            {QStringLiteral("fullScreen"), kit->viewModel->isFullScreen()},
+            {QStringLiteral("shown"), !kit->viewModel->isDisabled() && !kit->viewModel->hiddenForFullScreen()},
             {QStringLiteral("quickPeek"), kelvane.hasQuickPeek() ? QJsonValue(kelvane.quickPeekTitle()) : QJsonValue()},
             {QStringLiteral("indicator"), indicatorJson(kelvane.indicator())},
             {QStringLiteral("topBarText"), kit->windowController ? kit->windowController->topBarText() : QString()},

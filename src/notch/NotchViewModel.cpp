@@ -1,5 +1,6 @@
 #include "NotchViewModel.h"
 
+#include "FullscreenMonitor.h"
 #include "NotchGeometry.h"
 
 namespace kelvane {
@@ -15,15 +16,16 @@ bool assign(T& field, const T& value)
 }
 } // namespace
 
-NotchViewModel::NotchViewModel(const Screen& screen, const KelvaneState& kelvane,
-                               const SettingsStore& settings, QObject* parent)
+NotchViewModel::NotchViewModel(const Screen& screen, const KelvaneState& kelvane, const SettingsStore& settings,
+                               QObject* parent)
     : QObject(parent)
     , m_screen(screen)
     , m_kelvane(kelvane)
     , m_general(settings, Keys::generalSettings(), this,
                 [this](const GeneralSettings& general) {
-                    update(general, isNonNotch(), false);
+                    update(general, isNonNotch(), m_isFullScreen);
                     Q_EMIT sizesChanged();
+                    Q_EMIT fullScreenChanged();
                     Q_EMIT hoverScaleChanged();
                 })
     , m_tuckle(settings, Keys::tuckleSettings(), this, [this](auto&) { Q_EMIT sizesChanged(); })
@@ -46,6 +48,17 @@ void NotchViewModel::update(const GeneralSettings& settings, bool isNonNotchScre
                                                                               : State::standardContent;
     if (assign(m_notchState, state))
         Q_EMIT notchStateChanged();
+}
+
+void NotchViewModel::setFullScreen(bool fullScreen)
+{
+    if (assign(m_isFullScreen, fullScreen))
+        Q_EMIT fullScreenChanged();
+}
+
+bool NotchViewModel::hiddenForFullScreen() const
+{
+    return m_isFullScreen && !notchShowsOverFullScreen(m_general->showInFullscreen, m_screen.builtInPanel);
 }
 
 void NotchViewModel::setFineTuning(std::optional<State> face)

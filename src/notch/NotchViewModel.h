@@ -34,6 +34,9 @@ class NotchViewModel : public QObject {
     Q_PROPERTY(bool transparentHandle READ transparentHandle NOTIFY sizesChanged)
     Q_PROPERTY(bool transluscent READ transluscent NOTIFY sizesChanged)
     Q_PROPERTY(bool preferRoundButtons READ preferRoundButtons NOTIFY sizesChanged)
+    // A full-screen window is what this screen shows, and whether the notch then keeps away.
+    Q_PROPERTY(bool isFullScreen READ isFullScreen NOTIFY fullScreenChanged)
+    Q_PROPERTY(bool hiddenForFullScreen READ hiddenForFullScreen NOTIFY fullScreenChanged)
 public:
     enum class State { fineTuningWidth, fineTuningHeight, disabled, showingIntro, standardContent };
     Q_ENUM(State)
@@ -42,6 +45,8 @@ public:
         QSizeF rawNotchSize;
         QSizeF size;
         QSizeF pointsPerInch;
+        // The notebook's own panel, where the camera sits.
+        bool builtInPanel = false;
     };
 
     NotchViewModel(const Screen& screen, const KelvaneState& kelvane, const SettingsStore& settings,
@@ -81,6 +86,10 @@ public:
     bool transluscent() const { return m_general->transluscent; }
     bool preferRoundButtons() const { return m_general->preferRoundButtons; }
 
+    bool isFullScreen() const { return m_isFullScreen; }
+    void setFullScreen(bool fullScreen);
+    bool hiddenForFullScreen() const;
+
 Q_SIGNALS:
     void notchStateChanged();
     void hoveringChanged();
@@ -90,6 +99,7 @@ Q_SIGNALS:
     void animatingBackChanged();
     void sizesChanged();
     void hoverScaleChanged();
+    void fullScreenChanged();
 
 private:
     const Screen m_screen;
@@ -106,6 +116,7 @@ private:
     bool m_isPanning = false;
     bool m_cancelPan = false;
     bool m_animatingBack = false;
+    bool m_isFullScreen = false;
 };
 
 } // namespace kelvane

@@ -1,5 +1,6 @@
 #include "WindowsManager.h"
 
+#include "FullscreenMonitor.h"
 #include "NotchGeometry.h"
 
 #include "core/MainThread.h"
@@ -75,8 +76,10 @@ std::unique_ptr<DisplayKit> WindowsManager::setupDisplayKitForScreen(const Scree
     const QSizeF ppi = NotchGeometry::pointsPerInch(screen.frame.size(), screen.physicalSizeMm);
     kit->notchSize = NotchGeometry::rawNotchSize(screen.safeAreaTopInset, ppi);
     kit->kelvane = std::make_unique<KelvaneState>(m_deps.scheduler, m_deps.settings);
-    kit->viewModel = std::make_unique<NotchViewModel>(
-        NotchViewModel::Screen{kit->notchSize, screen.frame.size(), ppi}, *kit->kelvane, m_deps.settings);
+    kit->viewModel =
+        std::make_unique<NotchViewModel>(NotchViewModel::Screen{kit->notchSize, screen.frame.size(), ppi,
+                                                                isBuiltInPanel(screen.number.value_or(QString()))},
+                                         *kit->kelvane, m_deps.settings);
     kit->controller = std::make_unique<NotchController>(*kit->kelvane, *kit->viewModel, m_deps.settings,
                                                         m_deps.scheduler, m_deps.haptics,
                                                         m_deps.trayFileCount);
@@ -102,6 +105,16 @@ std::unique_ptr<DisplayKit> WindowsManager::setupDisplayKitForScreen(const Scree
     kit->windowController->setResignKeyHandler([this, raw] { handleResignKey(*raw); });
     kit->windowController->orderFront();
     return kit;
+}
+
+void WindowsManager::updateFullScreen(const std::function<bool(const QRectF&)>& isFullScreen)
+{
+    for (const auto& kit : m_displayKits) {
+        kit->viewModel->setFullScreen(isFullScreen(kit->screen.frame));
+        // A full-screen window that comes up over an open panel puts it away.
+        if (kit->viewModel->hiddenForFullScreen() && kit->kelvane->mode() != KelvaneState::Mode::closed)
+            kit->controller->closeNotch(false, true);
+    }
 }
 
 void WindowsManager::handleResignKey(DisplayKit& kit)

@@ -57,6 +57,9 @@ public:
     // up one more second.
     void showIndicator(const std::optional<Indicator>& indicator, bool onAllScreens);
 
+    // Tells each notch whether a full-screen window is what its screen shows.
+    void updateFullScreen(const std::function<bool(const QRectF&)>& isFullScreen);
+
     bool isTrackingContextMenu() const { return m_isTrackingContextMenu; }
     Q_INVOKABLE void menuDidBeginTracking();
     Q_INVOKABLE void menuDidEndTracking();

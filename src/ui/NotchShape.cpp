@@ -74,6 +74,9 @@ QPainterPath NotchShape::outlineInWindow() const { return outline(body()).transl
 
 void NotchShape::paint(QPainter* painter)
 {
+    // Shrunk below a pixel on its way away, there is nothing to paint into.
+    if (!painter->isActive())
+        return;
     painter->setRenderHint(QPainter::Antialiasing);
     painter->fillPath(outline(body()), m_color);
 }

@@ -7,6 +7,8 @@
 #include "SpringValue.h"
 #include "WidgetGridModel.h"
 
+#include "activities/BluetoothManager.h"
+#include "activities/PowerMonitor.h"
 #include "activities/SelectedLiveActivity.h"
 #include "media/MediaManager.h"
 #include "notch/KelvaneState.h"
@@ -41,6 +43,8 @@ void registerTypes()
     qmlRegisterUncreatableType<QuickNotchWindow>(uri, 1, 0, "NotchWindow", owned);
     const QString application = QStringLiteral("owned by the application");
     qmlRegisterUncreatableType<SelectedLiveActivity>(uri, 1, 0, "SelectedLiveActivity", application);
+    qmlRegisterUncreatableType<PowerMonitor>(uri, 1, 0, "PowerMonitor", application);
+    qmlRegisterUncreatableType<BluetoothManager>(uri, 1, 0, "BluetoothManager", application);
     qmlRegisterUncreatableType<TuckleTimersStore>(uri, 1, 0, "TimersStore", application);
     qmlRegisterUncreatableType<TimerCommands>(uri, 1, 0, "TimerCommands", application);
     qmlRegisterUncreatableType<TimerEntry>(uri, 1, 0, "TimerEntry", application);

@@ -153,15 +153,21 @@ TEST(SelectedLiveActivity, FollowsTheRaisedSetTheSettingsAndTheBattery)
     EXPECT_EQ(shows(), "media"); // no battery known yet
     top.setBatteryStatusSource([] { return BatteryStatus{false, 0.8}; });
     EXPECT_EQ(shows(), "batteryVisualizer");
+    // Over a full-screen window the activities kept out of it give way to the next.
+    r.settings.update(Keys::liveActivitiesSettings(),
+                      [](LiveActivitiesSettings& s) { s.liveActivitiesHiddenInFullscreen = {A::batteryVisualizer}; });
+    EXPECT_EQ(shows(), "batteryVisualizer");
+    EXPECT_EQ(top.fullScreenName(), "media");
     r.manager.insertSync(A::timerExpired);
     r.configure({}, false);
     EXPECT_EQ(shows(), "timerExpired");
     EXPECT_EQ(top.displayName(), "Timer Ended");
     EXPECT_EQ(top.state(), (QJsonObject{{"raised", QJsonArray{"media", "batteryVisualizer", "timerExpired"}},
                                         {"shown", QJsonArray{"timerExpired"}},
-                                        {"selected", "timerExpired"}}));
+                                        {"selected", "timerExpired"},
+                                        {"selectedInFullScreen", "timerExpired"}}));
     r.manager.removeSync(A::timerExpired);
     EXPECT_EQ(shows(), "");
     EXPECT_EQ(top.state()["selected"], QJsonValue());
-    EXPECT_EQ(changed.count(), 4);
+    EXPECT_EQ(changed.count(), 5);
 }

@@ -1,4 +1,5 @@
 #include "notch/WindowsManager.h"
+#include "notch/FullscreenMonitor.h"
 #include "notch/NotchCommands.h"
 #include "notch/QuickPeeks.h"
 
@@ -338,4 +339,73 @@ TEST(NotchCommands, CalibrateTheOutlineOntoTheCameraHousing)
     EXPECT_EQ(commands.calibrate("done", ""), std::nullopt);
     EXPECT_EQ(f.kit(0).viewModel->notchState(), NotchViewModel::State::standardContent);
     EXPECT_EQ(f.kit(1).viewModel->fineTuning(), "");
+}
+
+TEST(FullscreenMonitor, AScreenIsInFullScreenWhenItsTopmostWindowIs)
+{
+    const QRectF screen(1512, 0, 1280, 800);
+    const StackedWindow full{screen, true, false};
+    const StackedWindow small{{1600, 100, 300, 200}, false, false};
+    const StackedWindow overCentre{{1900, 200, 600, 400}, false, false};
+    const StackedWindow minimised{{1900, 200, 600, 400}, false, true};
+    const StackedWindow elsewhere{{0, 0, 1512, 982}, true, false};
+    const struct {
+        WindowStack stack;
+        bool expected;
+    } cases[] = {
+        {{{full}, true, {}}, true},
+        {{{small, full}, true, {}}, true},       // a window beside the centre leaves it in full screen
+        {{{overCentre, full}, true, {}}, false}, // one over the centre is what the user looks at
+        {{{minimised, full}, true, {}}, true},
+        {{{elsewhere}, true, {}}, false}, // full screen on the other monitor
+        {{{}, true, {}}, false},
+        {{{}, false, full}, true}, // no stacking order: the active window decides
+        {{{}, false, small}, false},
+        {{{}, false, StackedWindow{screen, true, true}}, false},
+    };
+    for (std::size_t i = 0; i < std::size(cases); ++i)
+        EXPECT_EQ(isCoveredByFullScreen(screen, cases[i].stack), cases[i].expected) << "case " << i;
+
+    EXPECT_TRUE(isBuiltInPanel("eDP-1"));
+    EXPECT_TRUE(isBuiltInPanel("LVDS1"));
+    EXPECT_FALSE(isBuiltInPanel("HDMI-1"));
+}
+
+TEST(WindowsManager, FullScreenHidesTheNotchOnlyWhereTheUserAskedAndPutsAnOpenPanelAway)
+{
+    struct Windows final : WindowStackSource {
+        void start() override {}
+    } windows;
+    Fixture f;
+    FullscreenMonitor monitor(windows);
+    const auto follow = [&] { f.manager->updateFullScreen([&](const QRectF& s) { return monitor.isFullScreen(s); }); };
+    QObject::connect(&monitor, &FullscreenMonitor::changed, follow);
+    f.kit(0).kelvane->setMode(Mode::tuckle, Springs::animation);
+    f.kit(1).kelvane->setMode(Mode::tuckle, Springs::animation);
+
+    const StackedWindow onBuiltIn{{0, 0, 1512, 982}, true, false};
+    const StackedWindow onExternal{{1512, 0, 1280, 800}, true, false};
+    Q_EMIT windows.stackChanged({{onBuiltIn, onExternal}, true, {}});
+    const struct {
+        FullscreenOption option;
+        bool builtInHidden, externalHidden;
+    } cases[] = {
+        {FullscreenOption::allMonitors, false, false},
+        {FullscreenOption::notchedScreens, false, true},
+        {FullscreenOption::never, true, true},
+    };
+    for (const auto& c : cases) {
+        f.settings.update(Keys::generalSettings(), [&](GeneralSettings& s) { s.showInFullscreen = c.option; });
+        EXPECT_TRUE(f.kit(0).viewModel->isFullScreen());
+        EXPECT_EQ(f.kit(0).viewModel->hiddenForFullScreen(), c.builtInHidden);
+        EXPECT_EQ(f.kit(1).viewModel->hiddenForFullScreen(), c.externalHidden);
+    }
+    // The notch that went away closed its panel; the one that still shows kept it open.
+    EXPECT_EQ(f.kit(0).kelvane->mode(), Mode::tuckle);
+    EXPECT_EQ(f.kit(1).kelvane->mode(), Mode::closed);
+
+    Q_EMIT windows.stackChanged({{onBuiltIn}, true, {}});
+    EXPECT_FALSE(f.kit(1).viewModel->isFullScreen());
+    EXPECT_FALSE(f.kit(1).viewModel->hiddenForFullScreen());
+    EXPECT_TRUE(f.kit(0).viewModel->hiddenForFullScreen());
 }

@@ -20,8 +20,13 @@ Item {
     property QtObject tray: null
     property DropZone dropZone: null
     property WidgetGridModel widgetGrid: null
+    property PowerMonitor battery: null
+    property BluetoothManager bluetooth: null
 
     readonly property bool isOpen: kelvane.modeName !== "closed"
+    // Over a full-screen window the notch keeps away when the user asked for that; a level key
+    // still shows its indicator there.
+    readonly property bool awayForFullScreen: viewModel.hiddenForFullScreen && !kelvane.hasIndicator
     property bool panelBuilt: false
     onIsOpenChanged: if (isOpen) panelBuilt = true
     readonly property size drawn: viewModel.drawnNotchSize
@@ -29,15 +34,18 @@ Item {
 
     // The live activity beside the camera of the closed notch; the level indicator takes its place.
     readonly property string activityName: {
-        if (!liveActivity || isOpen || kelvane.hidden || kelvane.hasIndicator)
+        if (!liveActivity || isOpen || kelvane.hidden || kelvane.hasIndicator || awayForFullScreen)
             return ""
         if (liveActivity.hiddenInNonNotchedScreens && viewModel.isNonNotch)
             return ""
-        return liveActivity.name
+        return viewModel.isFullScreen ? liveActivity.fullScreenName : liveActivity.name
     }
     readonly property string activityText: activityName === "timerExpired" ? (timers ? timers.expiredText : "")
         : activityName === "media" ? (media && media.hasTrack ? media.title : "")
         : activityName === "tray" ? (tray ? String(tray.count) : "")
+        : activityName === "batteryVisualizer" ? (battery ? battery.percentage + "%" : "")
+        : activityName === "bluetoothDevice" ? (bluetooth ? bluetooth.deviceName
+            + (bluetooth.deviceBattery >= 0 ? "  " + bluetooth.deviceBattery + "%" : "") : "")
         : activityName === "" ? "" : liveActivity.displayName
     readonly property real activityFontSize: Math.max(10, drawn.height * 0.4)
     // A long title is cut short rather than widening the notch across the screen.
@@ -50,6 +58,7 @@ Item {
 
     // New content peeking out of the closed notch for a moment: two lines below the top bar.
     readonly property bool peeking: kelvane.hasQuickPeek && !isOpen && !kelvane.hidden && !kelvane.hasIndicator
+        && !awayForFullScreen
     TextMetrics { id: peekTitleMetrics; font.pixelSize: 13; font.weight: Font.DemiBold; text: root.kelvane.quickPeekTitle }
     TextMetrics { id: peekDetailMetrics; font.pixelSize: 11; text: root.kelvane.quickPeekDetail }
     readonly property real peekWidth: Math.min(viewModel.openFootprint.width,
@@ -64,11 +73,11 @@ Item {
         return Math.min(1, scrub / room)
     }
     readonly property real closedWidth: Math.max((drawn.width + 2 * wing) * viewModel.hoverScale, peeking ? peekWidth : 0)
-    readonly property real targetWidth: kelvane.hidden ? 0
+    readonly property real targetWidth: kelvane.hidden || awayForFullScreen ? 0
         : isOpen ? viewModel.openFootprint.width
         : scrub > 0 ? closedWidth + (viewModel.openFootprint.width - closedWidth) * scrubProgress
         : closedWidth
-    readonly property real targetHeight: kelvane.hidden ? 0
+    readonly property real targetHeight: kelvane.hidden || awayForFullScreen ? 0
         : isOpen ? viewModel.openFootprint.height
         : scrub > 0 ? drawn.height + scrub
         : peeking ? peekHeight
@@ -86,7 +95,7 @@ Item {
     readonly property var inputShape: {
         if (menuShown || calibrating)
             return { handle: true, x: 0, y: 0, w: width, h: height }
-        if (viewModel.isDisabled)
+        if (viewModel.isDisabled || awayForFullScreen)
             return { handle: true, x: 0, y: 0, w: 1, h: 1 }
         if (kelvane.hidden)
             return { handle: true, x: handle.x, y: 0, w: handle.width, h: handle.height }
@@ -106,7 +115,7 @@ Item {
     // The handle of a hidden notch: hovered or clicked, it brings the notch back.
     Rectangle {
         id: handle
-        visible: root.kelvane.hidden && !root.viewModel.isDisabled
+        visible: root.kelvane.hidden && !root.viewModel.isDisabled && !root.awayForFullScreen
         x: (root.width - width) / 2
         width: root.viewModel.handleSize.width
         height: root.viewModel.handleSize.height
@@ -209,7 +218,7 @@ Item {
 
     Item {
         id: shape
-        visible: !root.viewModel.isDisabled && width > 0.5 && height > 0.5
+        visible: !root.viewModel.isDisabled && width >= 1 && height >= 1
         x: (root.width - width) / 2
         y: 0
         width: Math.max(0, widthSpring.value)
@@ -295,6 +304,10 @@ Item {
 
             ActivityGlyph {
                 kind: root.activityName
+                level: root.battery ? root.battery.percentage / 100 : 0
+                charging: root.battery ? root.battery.charging : false
+                warning: root.battery ? root.battery.event === "low" || root.battery.low : false
+                deviceKind: root.bluetooth ? root.bluetooth.deviceKind : ""
                 visible: !root.showsArtwork
                 anchors.left: parent.left
                 anchors.leftMargin: root.drawn.height * 0.35
