@@ -22,7 +22,8 @@ namespace {
 const char usage[] = R"(Usage: kelvanectl COMMAND [ARGUMENTS]
 
 Commands:
-  state                              every notch: screen, window, notch sizes, mode, hidden, locked, indicator
+  state                              every notch: screen, window, notch sizes, mode, hidden, locked,
+                                     full screen, shown, indicator
   open [tuckle|tray] [--screen KEY]  open a notch (the main screen's unless a screen is named)
   close [--screen KEY]               close the notches (every one unless a screen is named)
   hide [--screen KEY]                hide the notches (every one unless a screen is named)
@@ -35,7 +36,8 @@ Commands:
   settings set KEY JSON              write a setting (only a value that fits the setting is written)
   settings reset                     the general settings page's reset
   show-settings [PANE]               bring the settings window forward
-  activities                         live activities: raised, shown, and the one the top bar shows
+  activities                         live activities: raised, shown, the one the top bar shows,
+                                     the battery and Bluetooth devices
   timer add LABEL DURATION           start a timer (DURATION: 90, 90s, 5m, 1h30m, 1:30); prints its id
   timer list                         every timer: id, label, state, total and remaining seconds
   timer pause|resume|cancel ID       act on a timer (ID: its id or the first characters of it)
