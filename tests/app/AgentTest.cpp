@@ -30,6 +30,9 @@ TEST(Agent, PutsANotchOnEveryMonitorAndFollowsHotPlug)
 {
     TemporaryHome home;
     SessionBus bus;
+    // A machine without a system bus: the battery and Bluetooth monitors each say so in a line.
+    ScopedEnvironment noSystemBus;
+    noSystemBus.set("DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/nonexistent/system_bus_socket");
     RunningAgent agent;
     ASSERT_TRUE(agent.waitForNotches(2));
     // 620x178: the default 550x157 panel with room for the liveliest spring's overshoot.
@@ -54,7 +57,9 @@ TEST(Agent, PutsANotchOnEveryMonitorAndFollowsHotPlug)
     // drawn by the processor (or, without a graphics device, not even looked at).
     EXPECT_EQ(agent.process.state(), QProcess::Running);
     const QStringList lines = agent.readOutput().split('\n', Qt::SkipEmptyParts);
-    ASSERT_EQ(lines.size(), 1) << lines.join('\n').toStdString();
+    ASSERT_EQ(lines.size(), 3) << lines.join('\n').toStdString();
+    EXPECT_EQ(lines.mid(1), (QStringList{"[PowerMonitor] No battery is shown: there is no system bus.",
+                                         "[BluetoothManager] No Bluetooth device is shown: there is no system bus."}));
     EXPECT_TRUE(lines[0].startsWith("[Renderer] Drawing in software: the display's OpenGL (llvmpipe") ||
                 lines[0] == "[Renderer] Drawing in software: the machine has no graphics device.")
         << lines[0].toStdString();
@@ -66,6 +71,9 @@ TEST(Agent, HandsASecondLaunchOverAndEndsCleanlyOnSigterm)
     TemporaryHome home;
     SessionBus bus;
     ASSERT_TRUE(bus.isRunning());
+    // A machine without a system bus: the battery and Bluetooth monitors each say so in a line.
+    ScopedEnvironment noSystemBus;
+    noSystemBus.set("DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/nonexistent/system_bus_socket");
     const Result absent = ctl({"state"});
     EXPECT_EQ(absent.status, 1);
     EXPECT_EQ(absent.err, "kelvanectl: Kelvane is not running.\n");
@@ -128,8 +136,8 @@ TEST(Agent, HandsASecondLaunchOverAndEndsCleanlyOnSigterm)
     EXPECT_EQ(agent.process.exitCode(), 0);
     const QStringList lines = agent.readOutput().split('\n', Qt::SkipEmptyParts);
     // On a desktop without the system's pop-up helper there is nothing to give back.
-    ASSERT_GE(lines.size(), 3);
-    EXPECT_EQ(lines[1], "[AppDelegate] SIGTERM received; quitting.");
+    ASSERT_GE(lines.size(), 5);
+    EXPECT_EQ(lines[3], "[AppDelegate] SIGTERM received; quitting.");
     EXPECT_EQ(lines.last(), "[HUDManager] enableSystemHUD: OSDUIHelper not running, nothing to kill");
     QSettings saved(confPath, QSettings::IniFormat);
     EXPECT_EQ(saved.value("preferredOpenMode").toString(), "tray");
@@ -209,13 +217,15 @@ TEST(Agent, RunsWithoutABusAndEndsWithItsXServer)
     env.set("DISPLAY", server.display().toUtf8());
     env.set("QT_XCB_GL_INTEGRATION", "none");
     env.set("KELVANE_RENDERER", "opengl");
+    env.set("DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/nonexistent/system_bus_socket");
     RunningAgent agent;
     ASSERT_TRUE(waitUntil([&] { return server.windowGeometries("Kelvane Notch").size() == 1; }, 10000));
-    EXPECT_TRUE(waitUntil([&] { return agent.readOutput().count('\n') >= 3; }, 2000));
-    EXPECT_EQ(agent.readOutput(),
-              "[AppDelegate] No D-Bus session bus: single instance and scripting are off.\n"
-              "[Renderer] Drawing in software: the display offers no OpenGL.\n"
-              "[MediaManager] MediaRemote.framework unavailable — multi-source and seek disabled.\n");
+    EXPECT_TRUE(waitUntil([&] { return agent.readOutput().count('\n') >= 5; }, 2000));
+    EXPECT_EQ(agent.readOutput(), "[AppDelegate] No D-Bus session bus: single instance and scripting are off.\n"
+                                  "[Renderer] Drawing in software: the display offers no OpenGL.\n"
+                                  "[MediaManager] MediaRemote.framework unavailable — multi-source and seek disabled.\n"
+                                  "[PowerMonitor] No battery is shown: there is no system bus.\n"
+                                  "[BluetoothManager] No Bluetooth device is shown: there is no system bus.\n");
 
     server.stop();
     ASSERT_TRUE(agent.process.waitForFinished(10000));

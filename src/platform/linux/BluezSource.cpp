@@ -14,6 +14,16 @@ const QString deviceInterface = QStringLiteral("org.bluez.Device1");
 const QString batteryInterface = QStringLiteral("org.bluez.Battery1");
 const QString adapterInterface = QStringLiteral("org.bluez.Adapter1");
 
+// a{sv}: properties.
+QVariantMap properties(const QVariant& value)
+{
+    QVariantMap result;
+    const auto argument = value.value<QDBusArgument>();
+    if (argument.currentSignature() == QLatin1StringView("a{sv}"))
+        argument >> result;
+    return result;
+}
+
 // a{sa{sv}}: interfaces with their properties.
 QMap<QString, QVariantMap> interfaces(const QDBusArgument& argument)
 {
@@ -132,14 +142,13 @@ void BluezSource::propertiesChanged(const QDBusMessage& message)
     auto known = m_objects.find(message.path());
     if (known == m_objects.end())
         return;
-    QVariantMap& properties = (*known)[interface];
-    QVariantMap changed;
-    arguments.at(1).value<QDBusArgument>() >> changed;
+    QVariantMap& current = (*known)[interface];
+    const QVariantMap changed = properties(arguments.at(1));
     for (auto it = changed.begin(); it != changed.end(); ++it)
-        properties.insert(it.key(), it.value());
+        current.insert(it.key(), it.value());
     if (arguments.size() > 2) {
         for (const QString& name : arguments.at(2).toStringList())
-            properties.remove(name);
+            current.remove(name);
     }
     publish();
 }
