@@ -174,7 +174,7 @@ QJsonObject PowerMonitor::state() const
             {QStringLiteral("low"), low()},
             {QStringLiteral("timeToEmpty"), m_reading->timeToEmpty},
             {QStringLiteral("timeToFull"), m_reading->timeToFull},
-            {QStringLiteral("event"), m_event ? QJsonValue(event()) : QJsonValue(QJsonValue::Null)}};
+            {QStringLiteral("event"), m_event ? QJsonValue(announced()) : QJsonValue(QJsonValue::Null)}};
 }
 
 } // namespace kelvane

@@ -34,7 +34,7 @@ class PowerMonitor : public QObject {
     Q_PROPERTY(bool charging READ charging NOTIFY changed)
     Q_PROPERTY(bool pluggedIn READ pluggedIn NOTIFY changed)
     // The change being announced ("pluggedIn", "unplugged", "fullyCharged", "low"), or empty.
-    Q_PROPERTY(QString event READ event NOTIFY changed)
+    Q_PROPERTY(QString announced READ announced NOTIFY changed)
     // The level is below the user's low-battery threshold and nothing charges it.
     Q_PROPERTY(bool low READ low NOTIFY changed)
 public:
@@ -58,7 +58,7 @@ public:
     int percentage() const;
     bool charging() const;
     bool pluggedIn() const;
-    QString event() const { return m_event ? rawValue(*m_event) : QString(); }
+    QString announced() const { return m_event ? rawValue(*m_event) : QString(); }
     bool low() const;
 
     // For `kelvanectl activities`.

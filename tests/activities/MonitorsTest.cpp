@@ -121,7 +121,7 @@ TEST(PowerMonitor, RaisesTheBatteryForFourSecondsAndGivesTheSelectionItsStatus)
     EXPECT_DOUBLE_EQ(monitor.batteryStatus()->level, 0.19);
 
     Q_EMIT power.readingChanged(battery(S::discharging, 19));
-    EXPECT_EQ(monitor.event(), "unplugged");
+    EXPECT_EQ(monitor.announced(), "unplugged");
     EXPECT_TRUE(monitor.low());
     EXPECT_EQ(top.name(), "batteryVisualizer");
     w.scheduler.advance(3900ms);
@@ -130,7 +130,7 @@ TEST(PowerMonitor, RaisesTheBatteryForFourSecondsAndGivesTheSelectionItsStatus)
     Q_EMIT power.readingChanged(battery(S::discharging, 18));
     w.scheduler.advance(100ms);
     EXPECT_FALSE(w.raised(LiveActivity::batteryVisualizer));
-    EXPECT_EQ(monitor.event(), "");
+    EXPECT_EQ(monitor.announced(), "");
     EXPECT_EQ(top.name(), "tray");
 
     // A battery that goes away takes its activity along at once.

@@ -306,7 +306,7 @@ Item {
                 kind: root.activityName
                 level: root.battery ? root.battery.percentage / 100 : 0
                 charging: root.battery ? root.battery.charging : false
-                warning: root.battery ? root.battery.event === "low" || root.battery.low : false
+                warning: root.battery ? root.battery.announced === "low" || root.battery.low : false
                 deviceKind: root.bluetooth ? root.bluetooth.deviceKind : ""
                 visible: !root.showsArtwork
                 anchors.left: parent.left
