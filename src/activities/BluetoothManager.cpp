@@ -1,9 +1,6 @@
 #include "BluetoothManager.h"
 
-#include "ActiveLiveActivitiesManager.h"
-
 #include "core/Log.h"
-#include "core/TimersManager.h"
 
 #include <QJsonArray>
 
@@ -29,6 +26,11 @@ QString bluetoothDeviceKind(const QString& icon)
 BluetoothManager::BluetoothManager(const Dependencies& dependencies, QObject* parent)
     : QObject(parent)
     , m_deps(dependencies)
+    , m_activity(LiveActivity::bluetoothDevice, QLatin1StringView(dismissKey), dismissDelaySeconds, dependencies.timers,
+                 dependencies.liveActivities, [this] {
+                     m_shown.reset();
+                     Q_EMIT changed();
+                 })
 {
     connect(&m_deps.source, &BluetoothSource::devicesChanged, this, &BluetoothManager::follow);
     connect(&m_deps.source, &BluetoothSource::unavailable, this, [](const QString& reason) {
@@ -56,8 +58,7 @@ void BluetoothManager::follow(const QList<BluetoothDevice>& devices)
 
     if (newlyConnected) {
         m_shown = *newlyConnected;
-        m_deps.liveActivities.insertSync(LiveActivity::bluetoothDevice);
-        m_deps.timers.addTimer(QLatin1StringView(dismissKey), dismissDelaySeconds, [this] { dismiss(); });
+        m_activity.raise();
         Q_EMIT changed();
         return;
     }
@@ -67,19 +68,11 @@ void BluetoothManager::follow(const QList<BluetoothDevice>& devices)
     const auto current = std::find_if(devices.begin(), devices.end(),
                                       [this](const BluetoothDevice& device) { return device.id == m_shown->id; });
     if (current == devices.end() || !current->connected) {
-        dismiss();
+        m_activity.drop();
     } else if (*current != *m_shown) {
         m_shown = *current;
         Q_EMIT changed();
     }
-}
-
-void BluetoothManager::dismiss()
-{
-    m_deps.timers.removeTimer(QLatin1StringView(dismissKey));
-    m_shown.reset();
-    m_deps.liveActivities.removeSync(LiveActivity::bluetoothDevice);
-    Q_EMIT changed();
 }
 
 QJsonObject BluetoothManager::state() const

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "BluetoothSource.h"
+#include "TransientActivity.h"
 
 #include <QJsonObject>
 #include <QObject>
@@ -51,13 +52,13 @@ Q_SIGNALS:
 
 private:
     void follow(const QList<BluetoothDevice>& devices);
-    void dismiss();
 
     Dependencies m_deps;
     // Absent until the first list: what is connected then is already known to the user.
     std::optional<std::set<QString>> m_connected;
     QList<BluetoothDevice> m_devices;
     std::optional<BluetoothDevice> m_shown;
+    TransientActivity m_activity;
 };
 
 } // namespace kelvane

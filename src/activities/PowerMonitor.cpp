@@ -1,9 +1,6 @@
 #include "PowerMonitor.h"
 
-#include "ActiveLiveActivitiesManager.h"
-
 #include "core/Log.h"
-#include "core/TimersManager.h"
 
 #include <cmath>
 
@@ -90,6 +87,11 @@ PowerMonitor::PowerMonitor(const Dependencies& dependencies, QObject* parent)
     , m_deps(dependencies)
     , m_settings(dependencies.settings, Keys::batteryLiveActivitySettings(), this,
                  [this](const BatteryLiveActivitySettings&) { Q_EMIT changed(); })
+    , m_shown(LiveActivity::batteryVisualizer, QLatin1StringView(dismissKey), dismissDelaySeconds, dependencies.timers,
+              dependencies.liveActivities, [this] {
+                  m_event.reset();
+                  Q_EMIT changed();
+              })
 {
     connect(&m_deps.source, &PowerSource::readingChanged, this, &PowerMonitor::read);
     connect(&m_deps.source, &PowerSource::unavailable, this, [](const QString& reason) {
@@ -108,7 +110,7 @@ void PowerMonitor::read(const PowerReading& incoming)
         return;
     const std::optional<PowerReading> before = std::exchange(m_reading, reading);
     if (!reading.present) {
-        dismiss();
+        m_shown.drop();
         return;
     }
     if (before) {
@@ -123,16 +125,7 @@ void PowerMonitor::read(const PowerReading& incoming)
 void PowerMonitor::announce(BatteryEvent event)
 {
     m_event = event;
-    m_deps.liveActivities.insertSync(LiveActivity::batteryVisualizer);
-    m_deps.timers.addTimer(QLatin1StringView(dismissKey), dismissDelaySeconds, [this] { dismiss(); });
-    Q_EMIT changed();
-}
-
-void PowerMonitor::dismiss()
-{
-    m_deps.timers.removeTimer(QLatin1StringView(dismissKey));
-    m_event.reset();
-    m_deps.liveActivities.removeSync(LiveActivity::batteryVisualizer);
+    m_shown.raise();
     Q_EMIT changed();
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "PowerSource.h"
+#include "TransientActivity.h"
 
 #include "settings/SettingValue.h"
 
@@ -70,12 +71,12 @@ Q_SIGNALS:
 private:
     void read(const PowerReading& reading);
     void announce(BatteryEvent event);
-    void dismiss();
 
     Dependencies m_deps;
     SettingValue<BatteryLiveActivitySettings> m_settings;
     std::optional<PowerReading> m_reading;
     std::optional<BatteryEvent> m_event;
+    TransientActivity m_shown;
 };
 
 } // namespace kelvane

@@ -1,7 +1,5 @@
 #pragma once
 
-#include "ScreenProvider.h"
-
 #include "settings/SettingsTypes.h"
 
 #include <QObject>

@@ -202,7 +202,8 @@ void X11WindowStack::refresh()
         window.ignored = attributes->map_state != XCB_MAP_STATE_VIEWABLE || has("_NET_WM_STATE_HIDDEN") ||
                          (!types.empty() && ignoredTypes.contains(types.front())) ||
                          (!owner.empty() && owner.front() == ownProcess);
-        if (question.window == activeWindow)
+        // Only asked for without a stacking order: focus moving between windows changes nothing.
+        if (!stack.ordered && question.window == activeWindow)
             stack.active = window;
         if (stack.ordered)
             stack.windows.insert(stack.windows.begin(), window); // the list runs bottom to top
