@@ -9,11 +9,23 @@
 
 namespace kelvane {
 
+// One occurrence of an event: a single event, or one instance of a recurring series. All-day
+// events start and end at local midnights (the end is the day after the last day).
 struct CalendarEvent {
     QString title;
     QDateTime start;
     QDateTime end;
-    bool hasMeeting = false;
+    // The address that joins the event's video meeting, if it has one.
+    QString meetingLink;
+    QString calendarId;
+    // Identifies the series and, with `start`, the occurrence.
+    QString uid;
+    bool allDay = false;
+    QString location;
+    QString url;
+
+    bool hasMeeting() const { return !meetingLink.isEmpty(); }
+    bool operator==(const CalendarEvent&) const = default;
 };
 
 // The calendar component's view of the user's events, as the top bar needs it.

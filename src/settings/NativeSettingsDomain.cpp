@@ -1,6 +1,7 @@
 #include "NativeSettingsDomain.h"
 
 #include "core/Log.h"
+#include "core/SavedFile.h"
 
 #include <QDir>
 #include <QFile>
@@ -28,9 +29,7 @@ void NativeSettingsDomain::open()
     if (m_settings->status() == QSettings::FormatError) {
         // Keep the unreadable file beside the new one rather than overwrite what the user had.
         const QString path = m_settings->fileName();
-        const QString kept = path + QStringLiteral(".broken");
-        QFile::remove(kept);
-        QFile::copy(path, kept);
+        const QString kept = keepAside(path);
         logLine(u"Settings", QStringLiteral("%1 could not be read (kept as %2); defaults are used.")
                                  .arg(path, kept));
         m_settings->clear();

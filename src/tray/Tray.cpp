@@ -7,6 +7,7 @@
 #include "core/Clock.h"
 #include "core/Log.h"
 #include "core/MainThread.h"
+#include "core/SavedFile.h"
 
 #include <QBuffer>
 #include <QDir>
@@ -166,16 +167,6 @@ void Tray::persist()
         records.append(file->record());
     m_writer->write(stateFile(), std::move(records));
 }
-
-namespace {
-// The saved list as it was, beside the one that will replace it, for the user to look into.
-void keepAside(const QString& path)
-{
-    const QString kept = path + QStringLiteral(".broken");
-    QFile::remove(kept);
-    QFile::copy(path, kept);
-}
-} // namespace
 
 void Tray::loadPersistedFiles()
 {
