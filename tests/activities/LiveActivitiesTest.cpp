@@ -89,7 +89,8 @@ TEST(ActiveLiveActivities, InsertAndRemoveReportWhatChanged)
 TEST(LiveActivitySelection, TheMostUrgentActivityThatHasSomethingToShowWins)
 {
     FakeCalendar calendar;
-    calendar.event = CalendarEvent{.title = "Stand-up"};
+    calendar.event = CalendarEvent();
+    calendar.event->title = "Stand-up";
     LiveActivitySelectionManager selection(&calendar);
     const BatteryStatus charging{true, 0.5};
     const BatteryStatus unknown{std::nullopt, 0.5};
