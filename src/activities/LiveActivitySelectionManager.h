@@ -22,6 +22,8 @@ public:
 
     // Without a calendar model the calendar activity never finds an event to show.
     explicit LiveActivitySelectionManager(const CalendarModel* calendar = nullptr);
+    // The calendar comes after the selection in the start-up order.
+    void setCalendarModel(const CalendarModel* calendar) { m_calendar = calendar; }
 
     std::optional<LiveActivity> selectActivity(const std::set<LiveActivity>& from,
                                                const std::optional<BatteryStatus>& batteryStatus,

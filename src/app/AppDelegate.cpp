@@ -46,6 +46,11 @@ AppDelegate::~AppDelegate()
     TuckleTimersStore::setShared(nullptr);
     m_timersStore.reset();
     m_selectedLiveActivity.reset();
+    m_liveActivitySelection.setCalendarModel(nullptr);
+    m_calendar.reset();
+    m_fileCalendars.reset();
+    m_edsCalendars.reset();
+    m_calendarFiles.reset();
     m_fullscreen.reset();
     m_windowStack.reset();
     m_bluetooth.reset();
@@ -67,6 +72,15 @@ void AppDelegate::applicationDidFinishLaunching()
 {
     // The process-wide managers start first, in this order, as each of them lands:
     // calendar, shortcuts, media, power, output volume, wallpaper colours.
+    const QString dataFolder = identity::applicationSupportPath(QLatin1StringView(identity::bundleIdentifier));
+    m_calendar = std::make_unique<CalendarManager>(
+        CalendarManager::Dependencies{m_scheduler, m_settings, m_liveActivities, m_eventOpener});
+    m_liveActivitySelection.setCalendarModel(m_calendar.get());
+    m_calendarFiles = std::make_unique<CalendarFileList>(dataFolder);
+    m_edsCalendars = std::make_unique<EdsCalendarSource>();
+    m_fileCalendars = std::make_unique<IcsCalendarSource>(*m_calendarFiles);
+    m_calendar->addSource(*m_edsCalendars);
+    m_calendar->addSource(*m_fileCalendars);
 
     m_mediaEnvironment = std::make_unique<MprisMediaEnvironment>(QDBusConnection::sessionBus(),
                                                                  QDBusConnection::systemBus());
@@ -79,8 +93,7 @@ void AppDelegate::applicationDidFinishLaunching()
     // The tray comes back as it was left.
     m_sharing = std::make_unique<DesktopSharing>(QDBusConnection::sessionBus());
     m_tray = std::make_unique<Tray>(Tray::Dependencies{
-        m_scheduler, m_liveActivities, m_clipboard, *m_sharing, *m_sharing, m_staging,
-        identity::applicationSupportPath(QLatin1StringView(identity::bundleIdentifier))});
+        m_scheduler, m_liveActivities, m_clipboard, *m_sharing, *m_sharing, m_staging, dataFolder});
     m_tray->setupTempDirectory();
     m_tray->loadPersistedFiles();
 
@@ -103,8 +116,10 @@ void AppDelegate::applicationDidFinishLaunching()
         std::make_unique<SelectedLiveActivity>(m_liveActivities, m_liveActivitySelection, m_settings);
     m_selectedLiveActivity->setBatteryStatusSource([this] { return m_power->batteryStatus(); });
     connect(m_power.get(), &PowerMonitor::changed, m_selectedLiveActivity.get(), &SelectedLiveActivity::refresh);
+    connect(m_calendar.get(), &CalendarManager::activityChanged, m_selectedLiveActivity.get(),
+            &SelectedLiveActivity::refresh);
     // The widgets that have a view; the others take no room in the panel.
-    m_widgetGrid = std::make_unique<WidgetGridModel>(m_settings, std::set{TuckleWidget::media, TuckleWidget::timer});
+    m_widgetGrid = std::make_unique<WidgetGridModel>(m_settings, std::set{TuckleWidget::media, TuckleWidget::timer, TuckleWidget::calendar});
     m_windowFactory.setServices({
         {QStringLiteral("widgetGrid"), QVariant::fromValue(static_cast<QObject*>(m_widgetGrid.get()))},
         {QStringLiteral("liveActivity"), QVariant::fromValue(static_cast<QObject*>(m_selectedLiveActivity.get()))},
@@ -114,6 +129,8 @@ void AppDelegate::applicationDidFinishLaunching()
         {QStringLiteral("tray"), QVariant::fromValue(static_cast<QObject*>(m_tray.get()))},
         {QStringLiteral("battery"), QVariant::fromValue(static_cast<QObject*>(m_power.get()))},
         {QStringLiteral("bluetooth"), QVariant::fromValue(static_cast<QObject*>(m_bluetooth.get()))},
+        {QStringLiteral("calendar"), QVariant::fromValue(static_cast<QObject*>(m_calendar.get()))},
+        {QStringLiteral("calendarFiles"), QVariant::fromValue(static_cast<QObject*>(m_calendarFiles.get()))},
     });
 
     // Every notch takes drops: they open it into its drop area and land in the tray or a pipeline.
@@ -142,6 +159,11 @@ void AppDelegate::applicationDidFinishLaunching()
         const QuickPeek peek{m_media->title(), m_media->artist()};
         if (m_quickPeeks && peek != std::exchange(m_lastTrackPeek, peek))
             m_quickPeeks->post(peek);
+    });
+    // An event coming near peeks too, when the user asked for that.
+    connect(m_calendar.get(), &CalendarManager::eventNear, this, [this](const QString& title, const QString& when) {
+        if (m_quickPeeks && m_settings.value(Keys::liveActivitiesSettings()).quickPeekEvent)
+            m_quickPeeks->post(QuickPeek{title, when});
     });
     m_settingsWindow = std::make_unique<SettingsWindow>(m_windowFactory.engine(), m_settings,
                                                         [this] { terminate(); });

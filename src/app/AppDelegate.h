@@ -5,6 +5,8 @@
 #include "activities/LiveActivitySelectionManager.h"
 #include "activities/PowerMonitor.h"
 #include "activities/SelectedLiveActivity.h"
+#include "calendar/CalendarFileList.h"
+#include "calendar/CalendarManager.h"
 #include "core/QtScheduler.h"
 #include "core/SerialQueue.h"
 #include "core/TimersManager.h"
@@ -20,7 +22,10 @@
 #include "platform/linux/BacklightBrightnessService.h"
 #include "platform/linux/BluezSource.h"
 #include "platform/linux/CanberraSoundPlayer.h"
+#include "platform/linux/DesktopEventOpener.h"
 #include "platform/linux/DesktopSharing.h"
+#include "platform/linux/EdsCalendarSource.h"
+#include "platform/linux/IcsCalendarSource.h"
 #include "platform/linux/MimePasteboard.h"
 #include "platform/linux/MprisMediaEnvironment.h"
 #include "platform/linux/PulseVolumeService.h"
@@ -80,6 +85,8 @@ public:
     Tray* tray() const { return m_tray.get(); }
     PowerMonitor* power() const { return m_power.get(); }
     BluetoothManager* bluetooth() const { return m_bluetooth.get(); }
+    CalendarManager* calendar() const { return m_calendar.get(); }
+    CalendarFileList* calendarFiles() const { return m_calendarFiles.get(); }
 
 private:
     void removeUpdateAvailableActivity();
@@ -107,6 +114,11 @@ private:
     std::unique_ptr<Tray> m_tray;
     std::unique_ptr<WidgetGridModel> m_widgetGrid;
     X11PointerProbe m_pointer;
+    DesktopEventOpener m_eventOpener;
+    std::unique_ptr<CalendarManager> m_calendar;
+    std::unique_ptr<CalendarFileList> m_calendarFiles;
+    std::unique_ptr<EdsCalendarSource> m_edsCalendars;
+    std::unique_ptr<IcsCalendarSource> m_fileCalendars;
     std::unique_ptr<MprisMediaEnvironment> m_mediaEnvironment;
     std::unique_ptr<MediaManager> m_media;
     std::unique_ptr<UPowerSource> m_powerSource;

@@ -188,6 +188,39 @@ QString ScriptingService::Activities()
     return QString::fromUtf8(QJsonDocument(state).toJson(QJsonDocument::Indented));
 }
 
+QString ScriptingService::Calendar()
+{
+    if (!ready())
+        return {};
+    return QString::fromUtf8(QJsonDocument(m_delegate->calendar()->eventsJson()).toJson(QJsonDocument::Indented));
+}
+
+QString ScriptingService::CalendarSources()
+{
+    if (!ready())
+        return {};
+    const QJsonObject sources{
+        {QStringLiteral("files"), QJsonArray::fromStringList(m_delegate->calendarFiles()->paths())},
+        {QStringLiteral("calendars"), QJsonArray::fromVariantList(m_delegate->calendar()->calendars())}};
+    return QString::fromUtf8(QJsonDocument(sources).toJson(QJsonDocument::Indented));
+}
+
+void ScriptingService::CalendarAddSource(const QString& path)
+{
+    if (!ready())
+        return;
+    if (const QString error = m_delegate->calendarFiles()->add(path); !error.isEmpty())
+        fail(error);
+}
+
+void ScriptingService::CalendarRemoveSource(const QString& path)
+{
+    if (!ready())
+        return;
+    if (const QString error = m_delegate->calendarFiles()->remove(path); !error.isEmpty())
+        fail(error);
+}
+
 QString ScriptingService::Timers()
 {
     if (!ready())

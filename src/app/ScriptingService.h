@@ -47,6 +47,10 @@ public Q_SLOTS:
     int TrayAdd(const QStringList& paths);
     int TrayPaste();
     void TrayRemove(const QString& nameOrId);
+    QString Calendar();
+    QString CalendarSources();
+    void CalendarAddSource(const QString& path);
+    void CalendarRemoveSource(const QString& path);
     QString Media();
     void MediaCommand(const QStringList& words);
     void Quit();

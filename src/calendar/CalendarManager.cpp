@@ -16,7 +16,13 @@ namespace {
 // noticed without waiting for a far-off event.
 constexpr qint64 longestWaitMs = 5 * 60 * 1000;
 
-QString clockTime(const QDateTime& time) { return QLocale().toString(time.time(), QLocale::ShortFormat); }
+// Hours and minutes as the user's locale writes them (some locales' short form has seconds too).
+QString clockTime(const QDateTime& time)
+{
+    QString format = QLocale().timeFormat(QLocale::ShortFormat);
+    format.remove(QStringLiteral(":ss")).remove(QStringLiteral(".ss"));
+    return QLocale().toString(time.time(), format);
+}
 
 // What the widget says about when an event happens on the day it is listed under.
 QString whenOnDay(const CalendarEvent& event, QDate day)
@@ -151,8 +157,16 @@ void CalendarManager::reevaluate()
         m_deps.liveActivities.insertSync(LiveActivity::calendar);
     else
         m_deps.liveActivities.removeSync(LiveActivity::calendar);
+    bool isNew = false;
+    if (shown) {
+        const QString key = shown->uid + u'@' + shown->start.toString(Qt::ISODate);
+        isNew = key != m_nearKey;
+        m_nearKey = key;
+    }
     m_announced = shown;
     Q_EMIT activityChanged();
+    if (isNew)
+        Q_EMIT eventNear(shown->title, calendar::timeText(*shown, at));
 
     // The next look: when an answer may change, when the shown countdown ticks, at midnight, and
     // at least every few minutes.

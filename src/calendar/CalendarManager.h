@@ -86,6 +86,8 @@ Q_SIGNALS:
     void calendarsChanged();
     void eventsChanged();
     void activityChanged();
+    // An event came within its lead time and is announced: once per occurrence.
+    void eventNear(const QString& title, const QString& when);
 
 private:
     void update(const CalendarInfo& calendar, const QList<CalendarEvent>& events);
@@ -114,6 +116,8 @@ private:
     QDate m_selectedDate;
     std::vector<CalendarEvent> m_dayList;
     std::optional<CalendarEvent> m_announced;
+    // The occurrence last announced, so that a periodic appearance tells of it only once.
+    QString m_nearKey;
     ScheduledTask m_next;
 };
 

@@ -58,6 +58,12 @@ QString firstMeetingIn(const QString& text)
 
 } // namespace
 
+bool isConferenceProperty(const QString& name)
+{
+    return name == QLatin1StringView("CONFERENCE") || name == QLatin1StringView("X-GOOGLE-CONFERENCE") ||
+           name.startsWith(QLatin1StringView("X-MICROSOFT-"));
+}
+
 QString meetingLink(const QString& url, const QString& location, const QString& description)
 {
     for (const QString* text : {&url, &location, &description})

@@ -9,4 +9,8 @@ namespace kelvane {
 // Slack huddles), or empty.
 QString meetingLink(const QString& url, const QString& location, const QString& description);
 
+// Whether a calendar property of this (upper-case) name carries the address of the event's online
+// meeting, as services add it beside the standard ones.
+bool isConferenceProperty(const QString& name);
+
 } // namespace kelvane

@@ -66,6 +66,20 @@ std::optional<Request> parse(QStringList args, QString& error)
         error = QStringLiteral("use timer add LABEL DURATION, list, or pause|resume|cancel ID.");
         return std::nullopt;
     }
+    if (command == QLatin1StringView("calendar")) {
+        if (rest.isEmpty())
+            return Request{QStringLiteral("Calendar"), {}};
+        if (rest.at(0) == QLatin1StringView("sources")) {
+            if (rest.size() == 1)
+                return Request{QStringLiteral("CalendarSources"), {}};
+            if (rest.size() == 3 && rest.at(1) == QLatin1StringView("add"))
+                return Request{QStringLiteral("CalendarAddSource"), {QFileInfo(rest.at(2)).absoluteFilePath()}};
+            if (rest.size() == 3 && rest.at(1) == QLatin1StringView("remove"))
+                return Request{QStringLiteral("CalendarRemoveSource"), {QFileInfo(rest.at(2)).absoluteFilePath()}};
+        }
+        error = QStringLiteral("use calendar, or calendar sources [add PATH|remove PATH].");
+        return std::nullopt;
+    }
     if (command == QLatin1StringView("tray") && !rest.isEmpty()) {
         const QString action = rest.at(0);
         if (action == QLatin1StringView("list") && rest.size() == 1)

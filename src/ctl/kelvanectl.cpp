@@ -38,6 +38,10 @@ Commands:
   show-settings [PANE]               bring the settings window forward
   activities                         live activities: raised, shown, the one the top bar shows,
                                      the battery and Bluetooth devices
+  calendar                           the events the calendar widget lists: calendar, title, start,
+                                     end, allDay, location, meetingLink
+  calendar sources                   the iCalendar files and folders read, and every calendar
+  calendar sources add|remove PATH   read an iCalendar file or folder as calendars, or stop
   timer add LABEL DURATION           start a timer (DURATION: 90, 90s, 5m, 1h30m, 1:30); prints its id
   timer list                         every timer: id, label, state, total and remaining seconds
   timer pause|resume|cancel ID       act on a timer (ID: its id or the first characters of it)

@@ -9,6 +9,8 @@
 
 #include "activities/BluetoothManager.h"
 #include "activities/PowerMonitor.h"
+#include "calendar/CalendarFileList.h"
+#include "calendar/CalendarManager.h"
 #include "activities/SelectedLiveActivity.h"
 #include "media/MediaManager.h"
 #include "notch/KelvaneState.h"
@@ -45,6 +47,8 @@ void registerTypes()
     qmlRegisterUncreatableType<SelectedLiveActivity>(uri, 1, 0, "SelectedLiveActivity", application);
     qmlRegisterUncreatableType<PowerMonitor>(uri, 1, 0, "PowerMonitor", application);
     qmlRegisterUncreatableType<BluetoothManager>(uri, 1, 0, "BluetoothManager", application);
+    qmlRegisterUncreatableType<CalendarManager>(uri, 1, 0, "CalendarManager", application);
+    qmlRegisterUncreatableType<CalendarFileList>(uri, 1, 0, "CalendarFileList", application);
     qmlRegisterUncreatableType<TuckleTimersStore>(uri, 1, 0, "TimersStore", application);
     qmlRegisterUncreatableType<TimerCommands>(uri, 1, 0, "TimerCommands", application);
     qmlRegisterUncreatableType<TimerEntry>(uri, 1, 0, "TimerEntry", application);

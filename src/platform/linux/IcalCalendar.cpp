@@ -132,7 +132,7 @@ std::optional<Series> readEvent(icalcomponent* event)
     for (icalproperty* p = icalcomponent_get_first_property(event, ICAL_X_PROPERTY); p;
          p = icalcomponent_get_next_property(event, ICAL_X_PROPERTY)) {
         const QString name = text(icalproperty_get_x_name(p)).toUpper();
-        if (name == QLatin1StringView("X-GOOGLE-CONFERENCE") || name.startsWith(QLatin1StringView("X-MICROSOFT-")))
+        if (isConferenceProperty(name))
             conference += u' ' + text(icalproperty_get_value_as_string(p));
     }
     base.meetingLink = meetingLink(base.url + u' ' + conference, base.location,

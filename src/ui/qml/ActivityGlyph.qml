@@ -10,7 +10,10 @@ Canvas {
     property bool warning: false
     // The connected Bluetooth device's kind ("headphones", "keyboard"...).
     property string deviceKind: ""
-    readonly property color tint: kind === "batteryVisualizer" && warning ? "#ff453a" : ({
+    // The calendar's own colour, for its event.
+    property string accent: ""
+    readonly property color tint: kind === "batteryVisualizer" && warning ? "#ff453a"
+        : kind === "calendar" && accent !== "" ? accent : ({
         timerExpired: "#ff9f0a", tray: "#64d2ff", calendar: "#ff453a", media: "#ffffff",
         updateAvailable: "#30d158", bluetoothDevice: "#0a84ff", batteryVisualizer: "#30d158"
     })[kind] || "#ffffff"
@@ -20,6 +23,7 @@ Canvas {
     onChargingChanged: requestPaint()
     onWarningChanged: requestPaint()
     onDeviceKindChanged: requestPaint()
+    onTintChanged: requestPaint()
     onWidthChanged: requestPaint()
     onHeightChanged: requestPaint()
 

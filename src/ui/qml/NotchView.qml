@@ -22,6 +22,8 @@ Item {
     property WidgetGridModel widgetGrid: null
     property PowerMonitor battery: null
     property BluetoothManager bluetooth: null
+    property CalendarManager calendar: null
+    property CalendarFileList calendarFiles: null
 
     readonly property bool isOpen: kelvane.modeName !== "closed"
     // Over a full-screen window the notch keeps away when the user asked for that; a level key
@@ -46,6 +48,7 @@ Item {
         : activityName === "batteryVisualizer" ? (battery ? battery.percentage + "%" : "")
         : activityName === "bluetoothDevice" ? (bluetooth ? bluetooth.deviceName
             + (bluetooth.deviceBattery >= 0 ? "  " + bluetooth.deviceBattery + "%" : "") : "")
+        : activityName === "calendar" ? (calendar ? calendar.activityTime + "  " + calendar.activityTitle : "")
         : activityName === "" ? "" : liveActivity.displayName
     readonly property real activityFontSize: Math.max(10, drawn.height * 0.4)
     // A long title is cut short rather than widening the notch across the screen.
@@ -232,7 +235,14 @@ Item {
         TapHandler {
             enabled: !root.calibrating
             acceptedButtons: Qt.LeftButton
-            onTapped: root.gestures.clicked()
+            // A click on the coming meeting's line joins it; anywhere else the notch opens.
+            onTapped: (point) => {
+                if (root.activityName === "calendar" && root.calendar && root.calendar.activityHasMeeting
+                        && point.position.x > shape.width / 2)
+                    root.calendar.openAnnounced()
+                else
+                    root.gestures.clicked()
+            }
         }
         TapHandler {
             enabled: !root.calibrating
@@ -308,6 +318,7 @@ Item {
                 charging: root.battery ? root.battery.charging : false
                 warning: root.battery ? root.battery.announced === "low" || root.battery.low : false
                 deviceKind: root.bluetooth ? root.bluetooth.deviceKind : ""
+                accent: root.calendar ? root.calendar.activityColor : ""
                 visible: !root.showsArtwork
                 anchors.left: parent.left
                 anchors.leftMargin: root.drawn.height * 0.35
@@ -356,6 +367,8 @@ Item {
                 timerCommands: root.timerCommands
                 media: root.media
                 tray: root.tray
+                calendar: root.calendar
+                calendarFiles: root.calendarFiles
                 notchWindow: root.notchWindow
                 dropZone: root.dropZone
                 dropSpace: dropView

@@ -12,6 +12,8 @@ Item {
     property QtObject timerCommands: null
     property QtObject media: null
     property QtObject tray: null
+    property QtObject calendar: null
+    property QtObject calendarFiles: null
     property QtObject notchWindow: null
     property QtObject dropZone: null
     // The item the drop zone measures its targets in.
@@ -111,7 +113,8 @@ Item {
                 Loader {
                     anchors.fill: parent
                     sourceComponent: cell.modelData.kind === "media" ? mediaWidget
-                        : cell.modelData.kind === "timer" ? timerWidget : null
+                        : cell.modelData.kind === "timer" ? timerWidget
+                        : cell.modelData.kind === "calendar" ? calendarWidget : null
                 }
             }
         }
@@ -120,6 +123,14 @@ Item {
     Component {
         id: mediaWidget
         MediaWidget { media: panel.media }
+    }
+    Component {
+        id: calendarWidget
+        CalendarWidget {
+            calendar: panel.calendar
+            calendarFiles: panel.calendarFiles
+            notchWindow: panel.notchWindow
+        }
     }
     Component {
         id: timerWidget
