@@ -72,6 +72,10 @@ TEST(IcsCalendarSource, ReadsFoldersAndFilesFollowsChangesAndNamesABrokenFileOnc
         ASSERT_TRUE(QFile::rename(root.filePath("home/c.tmp"), root.filePath("home/b.ics")));
         ASSERT_TRUE(waitUntil([&] { return seen[home].second == QStringList{"Dentist at nine"}; }));
 
+        // A new file in a calendar's folder.
+        ASSERT_TRUE(write(root.filePath("home/gym.ics"), calendar("Gym")));
+        ASSERT_TRUE(waitUntil([&] { return seen[home].second.contains("Gym"); }));
+
         // A calendar whose last file goes is gone.
         ASSERT_TRUE(QFile::remove(root.filePath("work/a.ics")));
         ASSERT_TRUE(waitUntil([&] { return !seen.contains(work); }));
