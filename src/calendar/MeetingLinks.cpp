@@ -42,6 +42,9 @@ bool isMeeting(const QUrl& url)
 
 QString firstMeetingIn(const QString& text)
 {
+    // Most events carry no address at all: that is told without the expression.
+    if (!text.contains(QLatin1StringView("http"), Qt::CaseInsensitive))
+        return {};
     static const QRegularExpression address(QStringLiteral(R"(https?://[^\s<>"'\\]+)"),
                                             QRegularExpression::CaseInsensitiveOption);
     for (auto it = address.globalMatch(text); it.hasNext();) {

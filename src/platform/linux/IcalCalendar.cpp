@@ -33,8 +33,9 @@ const char* tzidOf(icalproperty* property)
     return tzid ? icalparameter_get_tzid(tzid) : nullptr;
 }
 
-// A time of the document as a local date and time. A zone the document names but does not define
-// is looked up in the system's zone database, by IANA or Windows name; a floating time is local.
+// A time of the document as an instant (kept in UTC, which compares and copies cheaply) or, for a
+// date, the local midnight that starts it. A zone the document names but does not define is looked
+// up in the system's zone database, by IANA or Windows name; a floating time is local.
 QDateTime toDateTime(const icaltimetype& time, const char* tzid)
 {
     const QDate date(time.year, time.month, time.day);
@@ -42,17 +43,17 @@ QDateTime toDateTime(const icaltimetype& time, const char* tzid)
         return date.startOfDay();
     const QTime clock(time.hour, time.minute, std::min(time.second, 59));
     if (icaltime_is_utc(time))
-        return QDateTime(date, clock, QTimeZone::utc()).toLocalTime();
+        return QDateTime(date, clock, QTimeZone::utc());
     if (time.zone)
-        return QDateTime::fromSecsSinceEpoch(icaltime_as_timet_with_zone(time, time.zone));
+        return QDateTime::fromSecsSinceEpoch(icaltime_as_timet_with_zone(time, time.zone), QTimeZone::utc());
     if (tzid) {
         QTimeZone zone{QByteArray(tzid)};
         if (!zone.isValid())
             zone = QTimeZone(QTimeZone::windowsIdToDefaultIanaId(QByteArray(tzid)));
         if (zone.isValid())
-            return QDateTime(date, clock, zone).toLocalTime();
+            return QDateTime(date, clock, zone).toUTC();
     }
-    return QDateTime(date, clock);
+    return QDateTime(date, clock).toUTC();
 }
 
 QDateTime dateTimeOf(icalproperty* property, icalcomponent* component)

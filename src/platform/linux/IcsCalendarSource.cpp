@@ -19,7 +19,7 @@ namespace kelvane {
 namespace {
 
 // Changes come in bursts (a synchronisation writes many files); they are read once it settles.
-constexpr int settleMs = 30;
+constexpr int settleMs = 15;
 
 void calendarLine(const QString& message) { logLine(u"Calendar", message); }
 
