@@ -77,9 +77,12 @@ void AppDelegate::applicationDidFinishLaunching()
         CalendarManager::Dependencies{m_scheduler, m_settings, m_liveActivities, m_eventOpener});
     m_liveActivitySelection.setCalendarModel(m_calendar.get());
     m_calendarFiles = std::make_unique<CalendarFileList>(dataFolder);
-    m_edsCalendars = std::make_unique<EdsCalendarSource>();
+    // Evolution is reached on the session bus; without one, its absence is already told.
+    if (QDBusConnection::sessionBus().isConnected()) {
+        m_edsCalendars = std::make_unique<EdsCalendarSource>();
+        m_calendar->addSource(*m_edsCalendars);
+    }
     m_fileCalendars = std::make_unique<IcsCalendarSource>(*m_calendarFiles);
-    m_calendar->addSource(*m_edsCalendars);
     m_calendar->addSource(*m_fileCalendars);
 
     m_mediaEnvironment = std::make_unique<MprisMediaEnvironment>(QDBusConnection::sessionBus(),

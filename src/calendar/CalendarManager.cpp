@@ -60,11 +60,7 @@ CalendarManager::CalendarManager(const Dependencies& dependencies, QObject* pare
     reevaluate();
 }
 
-CalendarManager::~CalendarManager()
-{
-    for (CalendarSource* source : m_sources)
-        disconnect(source, nullptr, this, nullptr);
-}
+CalendarManager::~CalendarManager() = default;
 
 QDateTime CalendarManager::now() const { return m_deps.scheduler.clock().wallTime().toLocalTime(); }
 
@@ -87,8 +83,9 @@ void CalendarManager::moveRange()
         m_selectedDate = today;
     // The top bar looks past midnight even when the widget shows no day ahead.
     const QDateTime to = std::max(range.to, today.addDays(2).startOfDay());
-    for (CalendarSource* source : m_sources)
-        source->setRange(range.from, to);
+    for (const QPointer<CalendarSource>& source : m_sources)
+        if (source)
+            source->setRange(range.from, to);
 }
 
 void CalendarManager::update(const CalendarInfo& calendar, const QList<CalendarEvent>& events)

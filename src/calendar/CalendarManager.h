@@ -9,6 +9,7 @@
 
 #include <QJsonArray>
 #include <QObject>
+#include <QPointer>
 #include <QVariantList>
 
 #include <map>
@@ -46,7 +47,7 @@ public:
     explicit CalendarManager(const Dependencies& dependencies, QObject* parent = nullptr);
     ~CalendarManager() override;
 
-    // The source is told the range now and whenever it moves; it must outlive the manager.
+    // The source is told the range now and whenever it moves.
     void addSource(CalendarSource& source);
 
     // CalendarModel, for the top bar's selection.
@@ -104,7 +105,8 @@ private:
     Dependencies m_deps;
     SettingValue<CalendarWidgetSettings> m_widget;
     SettingValue<CalendarLiveActivitySettings> m_activity;
-    std::vector<CalendarSource*> m_sources;
+    // A source that goes first is let go: its connections end with it.
+    std::vector<QPointer<CalendarSource>> m_sources;
     struct Calendar {
         CalendarInfo info;
         QList<CalendarEvent> events;
