@@ -2,6 +2,7 @@
 
 #include "calendar/CalendarRules.h"
 #include "calendar/MeetingLinks.h"
+#include "core/HandOff.h"
 #include "core/Log.h"
 
 #include <QTimeZone>
@@ -347,11 +348,11 @@ EdsCalendarSource::EdsCalendarSource(QObject* parent)
     , m_worker(std::make_shared<EdsWorker>())
 {
     m_worker->changed = [this](const CalendarInfo& info, const QList<CalendarEvent>& events) {
-        QMetaObject::invokeMethod(this, [this, info, events] { Q_EMIT calendarChanged(info, events); },
+        QMetaObject::invokeMethod(this, Handed([this, info, events] { Q_EMIT calendarChanged(info, events); }),
                                   Qt::QueuedConnection);
     };
     m_worker->removed = [this](const QString& id) {
-        QMetaObject::invokeMethod(this, [this, id] { Q_EMIT calendarRemoved(id); }, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(this, Handed([this, id] { Q_EMIT calendarRemoved(id); }), Qt::QueuedConnection);
     };
     m_thread = std::thread([worker = m_worker] { worker->run(); });
 }

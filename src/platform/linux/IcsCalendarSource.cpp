@@ -4,6 +4,7 @@
 
 #include "calendar/CalendarFileList.h"
 #include "calendar/CalendarRules.h"
+#include "core/HandOff.h"
 #include "core/Log.h"
 
 #include <QDir>
@@ -235,7 +236,8 @@ IcsCalendarSource::IcsCalendarSource(CalendarFileList& files, QObject* parent)
     connect(m_worker, &IcsWorker::calendarChanged, this, &CalendarSource::calendarChanged, Qt::QueuedConnection);
     connect(m_worker, &IcsWorker::calendarRemoved, this, &CalendarSource::calendarRemoved, Qt::QueuedConnection);
     const auto follow = [this, &files] {
-        QMetaObject::invokeMethod(m_worker, [worker = m_worker, paths = files.paths()] { worker->setPaths(paths); });
+        QMetaObject::invokeMethod(m_worker,
+                                  Handed([worker = m_worker, paths = files.paths()] { worker->setPaths(paths); }));
     };
     connect(&files, &CalendarFileList::pathsChanged, this, follow);
     m_thread.start();
@@ -250,7 +252,7 @@ IcsCalendarSource::~IcsCalendarSource()
 
 void IcsCalendarSource::setRange(const QDateTime& from, const QDateTime& to)
 {
-    QMetaObject::invokeMethod(m_worker, [worker = m_worker, from, to] { worker->setRange(from, to); });
+    QMetaObject::invokeMethod(m_worker, Handed([worker = m_worker, from, to] { worker->setRange(from, to); }));
 }
 
 } // namespace kelvane
