@@ -205,21 +205,3 @@ TEST(BluetoothManager, AnnouncesADeviceThatConnectsWithItsKindAndBattery)
     EXPECT_FALSE(w.raised(LiveActivity::bluetoothDevice));
     EXPECT_EQ(manager.state(), QJsonObject({{"connected", QJsonArray{"BUDS"}}}));
 }
-
-TEST(BluetoothManager, KindsFromTheServicesIconNames)
-{
-    const std::pair<const char*, const char*> cases[] = {
-        {"audio-headset", "headphones"},
-        {"audio-headphones", "headphones"},
-        {"audio-card", "speaker"},
-        {"input-keyboard", "keyboard"},
-        {"input-mouse", "mouse"},
-        {"input-gaming", "gamepad"},
-        {"phone", "phone"},
-        {"computer", "computer"},
-        {"", "device"},
-        {"camera-video", "device"},
-    };
-    for (const auto& [icon, kind] : cases)
-        EXPECT_EQ(bluetoothDeviceKind(icon), kind) << icon;
-}

@@ -88,18 +88,5 @@ TEST(IcalCalendar, AllDayEventsSpanLocalDaysAndUnreadableEventsAreCounted)
     EXPECT_EQ(events[1].end, QDate(2026, 11, 28).startOfDay());
 }
 
-TEST(IcalCalendar, TextThatIsNoCalendarIsRefusedWithAReason)
-{
-    for (const QByteArray& text : {QByteArray(), QByteArray("BEGIN:VCARD\nEND:VCARD\n"), QByteArray("\xff\xfe garbage"),
-                                   QByteArray("BEGIN:VCALENDAR\nBEGIN:VEVENT\nDTSTART:2026")}) {
-        QString error;
-        const auto calendar = IcalCalendar::parse(text, error);
-        if (calendar)
-            EXPECT_EQ(calendar->occurrences(utc("2000-01-01T00:00:00Z"), utc("2100-01-01T00:00:00Z")).size(), 0);
-        else
-            EXPECT_FALSE(error.isEmpty());
-    }
-}
-
 } // namespace
 } // namespace kelvane
