@@ -4,6 +4,7 @@
 
 #include "core/HandOff.h"
 #include "core/Log.h"
+#include "ui/CodeHighlighter.h"
 
 #include <QGuiApplication>
 #include <QLocale>
@@ -42,6 +43,8 @@ AppDelegate::~AppDelegate()
     m_notchCommands.reset();
     WindowsManager::setShared(nullptr);
     m_windowsManager.reset();
+    m_noteWindows.reset();
+    m_notes.reset();
     m_timerCommands.reset();
     TuckleTimersStore::setShared(nullptr);
     m_timersStore.reset();
@@ -109,6 +112,12 @@ void AppDelegate::applicationDidFinishLaunching()
         BluetoothManager::Dependencies{*m_bluetoothSource, m_timers, m_liveActivities});
     m_windowStack = std::make_unique<X11WindowStack>();
     m_fullscreen = std::make_unique<FullscreenMonitor>(*m_windowStack);
+    m_notes = std::make_unique<NotesManager>(NotesManager::Dependencies{
+        m_scheduler, m_settings, dataFolder + QStringLiteral("/notes.sqlite"), CodeHighlighter::languages()});
+    if (const auto error = m_notes->seedAndPruneDefaultNotes())
+        emitLine(QStringLiteral("[Notes] seedAndPruneDefaultNotes failed: ") + *error);
+    m_notesSettings = std::make_unique<SettingsRecordModel>(m_settings, QStringLiteral("notesWidgetSettings"));
+    m_todoSettings = std::make_unique<SettingsRecordModel>(m_settings, QStringLiteral("todoListWidgetSettings"));
 
     // The timers and the top bar's activity exist before the notches that show them.
     m_timersStore = std::make_unique<TuckleTimersStore>(
@@ -122,7 +131,9 @@ void AppDelegate::applicationDidFinishLaunching()
     connect(m_calendar.get(), &CalendarManager::activityChanged, m_selectedLiveActivity.get(),
             &SelectedLiveActivity::refresh);
     // The widgets that have a view; the others take no room in the panel.
-    m_widgetGrid = std::make_unique<WidgetGridModel>(m_settings, std::set{TuckleWidget::media, TuckleWidget::timer, TuckleWidget::calendar});
+    m_widgetGrid = std::make_unique<WidgetGridModel>(m_settings, std::set{TuckleWidget::media, TuckleWidget::timer,
+                                                                          TuckleWidget::calendar, TuckleWidget::notes,
+                                                                          TuckleWidget::todoList});
     m_windowFactory.setServices({
         {QStringLiteral("widgetGrid"), QVariant::fromValue(static_cast<QObject*>(m_widgetGrid.get()))},
         {QStringLiteral("liveActivity"), QVariant::fromValue(static_cast<QObject*>(m_selectedLiveActivity.get()))},
@@ -134,6 +145,9 @@ void AppDelegate::applicationDidFinishLaunching()
         {QStringLiteral("bluetooth"), QVariant::fromValue(static_cast<QObject*>(m_bluetooth.get()))},
         {QStringLiteral("calendar"), QVariant::fromValue(static_cast<QObject*>(m_calendar.get()))},
         {QStringLiteral("calendarFiles"), QVariant::fromValue(static_cast<QObject*>(m_calendarFiles.get()))},
+        {QStringLiteral("notes"), QVariant::fromValue(static_cast<QObject*>(m_notes.get()))},
+        {QStringLiteral("notesSettings"), QVariant::fromValue(static_cast<QObject*>(m_notesSettings.get()))},
+        {QStringLiteral("todoSettings"), QVariant::fromValue(static_cast<QObject*>(m_todoSettings.get()))},
     });
 
     // Every notch takes drops: they open it into its drop area and land in the tray or a pipeline.
@@ -148,6 +162,13 @@ void AppDelegate::applicationDidFinishLaunching()
                 step > 0 ? m_media->goToNextTrack() : m_media->goToPreviousTrack();
         }});
     WindowsManager::setShared(m_windowsManager.get());
+    // A note opened in a window of its own.
+    m_noteWindows = std::make_unique<QuickNoteWindowFactory>(m_windowFactory.engine());
+    m_noteWindows->setServices({
+        {QStringLiteral("notes"), QVariant::fromValue(static_cast<QObject*>(m_notes.get()))},
+        {QStringLiteral("settings"), QVariant::fromValue(static_cast<QObject*>(m_notesSettings.get()))},
+    });
+    m_windowsManager->setNoteWindowFactory(m_noteWindows.get());
     // Each notch knows whether its screen shows a full-screen window, also after a rebuild.
     const auto followFullScreen = [this] {
         m_windowsManager->updateFullScreen([this](const QRectF& screen) { return m_fullscreen->isFullScreen(screen); });
@@ -255,7 +276,10 @@ void AppDelegate::applicationWillTerminate()
     // A copy into the tray never holds the end up for more than a moment.
     if (m_tray)
         m_tray->shutdown();
-    // Settings reach the disk as they change; stores that keep data in memory save here.
+    // Settings reach the disk as they change; the notes keep what is being typed until it is saved.
+    if (m_notes)
+        if (const auto error = m_notes->save())
+            emitLine(QStringLiteral("[Notes] applicationWillTerminate save failed: ") + *error);
 }
 
 bool AppDelegate::applicationShouldHandleReopen(bool /*hasVisibleWindows*/)

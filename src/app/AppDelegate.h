@@ -19,6 +19,7 @@
 #include "notch/NotchCommands.h"
 #include "notch/QuickPeeks.h"
 #include "notch/WindowsManager.h"
+#include "notes/NotesManager.h"
 #include "platform/linux/BacklightBrightnessService.h"
 #include "platform/linux/BluezSource.h"
 #include "platform/linux/CanberraSoundPlayer.h"
@@ -44,6 +45,8 @@
 #include "tray/Tray.h"
 #include "ui/ApplicationMenu.h"
 #include "ui/QuickNotchWindowFactory.h"
+#include "ui/QuickNoteWindow.h"
+#include "ui/SettingsRecordModel.h"
 #include "ui/SettingsWindow.h"
 #include "ui/WidgetGridModel.h"
 
@@ -87,6 +90,7 @@ public:
     BluetoothManager* bluetooth() const { return m_bluetooth.get(); }
     CalendarManager* calendar() const { return m_calendar.get(); }
     CalendarFileList* calendarFiles() const { return m_calendarFiles.get(); }
+    NotesManager* notes() const { return m_notes.get(); }
 
 private:
     void removeUpdateAvailableActivity();
@@ -131,6 +135,10 @@ private:
     std::unique_ptr<TuckleTimersStore> m_timersStore;
     std::unique_ptr<TimerCommands> m_timerCommands;
     std::unique_ptr<SettingsWindow> m_settingsWindow;
+    std::unique_ptr<NotesManager> m_notes;
+    std::unique_ptr<SettingsRecordModel> m_notesSettings;
+    std::unique_ptr<SettingsRecordModel> m_todoSettings;
+    std::unique_ptr<QuickNoteWindowFactory> m_noteWindows;
 
     // The volume and brightness keys, shown in the notch while the user wants it.
     void startBriVolKeyListener();

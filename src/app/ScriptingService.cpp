@@ -300,6 +300,116 @@ void ScriptingService::TrayRemove(const QString& nameOrId)
         failOn(TrayCommands::remove(*m_delegate->tray(), nameOrId));
 }
 
+namespace {
+QString indented(const QJsonValue& value)
+{
+    return value.isArray() ? QString::fromUtf8(QJsonDocument(value.toArray()).toJson(QJsonDocument::Indented))
+                           : QString::fromUtf8(QJsonDocument(value.toObject()).toJson(QJsonDocument::Indented));
+}
+
+std::optional<qint64> idOf(const QString& text)
+{
+    bool ok = false;
+    const qint64 id = text.trimmed().toLongLong(&ok);
+    return ok && id > 0 ? std::optional(id) : std::nullopt;
+}
+} // namespace
+
+std::function<void(const std::optional<QString>&)> ScriptingService::replyWhenSaved(const QVariant& value)
+{
+    setDelayedReply(true);
+    return [message = message(), bus = connection(), value](const std::optional<QString>& error) mutable {
+        if (error) {
+            bus.send(message.createErrorReply(errorName(), QStringLiteral("Not saved: %1").arg(*error)));
+            return;
+        }
+        QDBusMessage reply = message.createReply();
+        if (value.isValid())
+            reply << value;
+        bus.send(reply);
+    };
+}
+
+QString ScriptingService::Notes() { return ready() ? indented(m_delegate->notes()->notesJson()) : QString(); }
+
+QString ScriptingService::NoteShow(const QString& id)
+{
+    if (!ready())
+        return {};
+    const auto number = idOf(id);
+    const Note* note = number ? m_delegate->notes()->note(*number) : nullptr;
+    if (!note) {
+        fail(QStringLiteral("No note %1.").arg(id));
+        return {};
+    }
+    return indented(m_delegate->notes()->noteJson(*note));
+}
+
+QString ScriptingService::NoteAdd(const QString& text)
+{
+    if (!ready())
+        return {};
+    if (text.trimmed().isEmpty()) {
+        fail(QStringLiteral("A note needs some text."));
+        return {};
+    }
+    NotesManager& notes = *m_delegate->notes();
+    notes.addNote(text, replyWhenSaved(QString::number(notes.nextNoteId())));
+    return {};
+}
+
+void ScriptingService::NoteRemove(const QString& id)
+{
+    if (!ready())
+        return;
+    const auto number = idOf(id);
+    if (!number || !m_delegate->notes()->note(*number)) {
+        fail(QStringLiteral("No note %1.").arg(id));
+        return;
+    }
+    m_delegate->notes()->removeNote(*number, replyWhenSaved());
+}
+
+QString ScriptingService::Todos() { return ready() ? indented(m_delegate->notes()->todosJson()) : QString(); }
+
+QString ScriptingService::TodoAdd(const QString& text)
+{
+    if (!ready())
+        return {};
+    if (text.trimmed().isEmpty()) {
+        fail(QStringLiteral("A to-do needs some text."));
+        return {};
+    }
+    NotesManager& notes = *m_delegate->notes();
+    const qint64 id = notes.nextTodoId();
+    notes.addTodo(text, replyWhenSaved(QString::number(id)));
+    return {};
+}
+
+void ScriptingService::TodoSetDone(const QString& id, bool done)
+{
+    if (!ready())
+        return;
+    const auto number = idOf(id);
+    if (!number || !m_delegate->notes()->todo(*number)) {
+        fail(QStringLiteral("No to-do %1.").arg(id));
+        return;
+    }
+    m_delegate->notes()->setTodoDone(*number, done, replyWhenSaved());
+}
+
+void ScriptingService::TodoRemove(const QString& id)
+{
+    if (!ready())
+        return;
+    const auto number = idOf(id);
+    if (!number || !m_delegate->notes()->todo(*number)) {
+        fail(QStringLiteral("No to-do %1.").arg(id));
+        return;
+    }
+    m_delegate->notes()->removeTodo(*number, replyWhenSaved());
+}
+
 QString ScriptingService::Media()
 {
     if (!ready())

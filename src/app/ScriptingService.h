@@ -51,6 +51,15 @@ public Q_SLOTS:
     QString CalendarSources();
     void CalendarAddSource(const QString& path);
     void CalendarRemoveSource(const QString& path);
+    QString Notes();
+    QString NoteShow(const QString& id);
+    // These answer once the change is on the disk.
+    QString NoteAdd(const QString& text);
+    void NoteRemove(const QString& id);
+    QString Todos();
+    QString TodoAdd(const QString& text);
+    void TodoSetDone(const QString& id, bool done);
+    void TodoRemove(const QString& id);
     QString Media();
     void MediaCommand(const QStringList& words);
     void Quit();
@@ -59,6 +68,8 @@ private:
     bool ready();
     // Answers the call later, from `done`, with the count it receives.
     std::function<void(int)> replyLater();
+    // Answers the call once a change is saved: `value`, or the error.
+    std::function<void(const std::optional<QString>&)> replyWhenSaved(const QVariant& value = {});
     void failOn(const std::optional<QString>& error);
     void fail(const QString& message);
 

@@ -80,6 +80,32 @@ std::optional<Request> parse(QStringList args, QString& error)
         error = QStringLiteral("use calendar, or calendar sources [add PATH|remove PATH].");
         return std::nullopt;
     }
+    if (command == QLatin1StringView("notes")) {
+        const QString action = rest.value(0);
+        if (action == QLatin1StringView("list") && rest.size() == 1)
+            return Request{QStringLiteral("Notes"), {}};
+        if (action == QLatin1StringView("show") && rest.size() == 2)
+            return Request{QStringLiteral("NoteShow"), {rest.at(1)}};
+        if (action == QLatin1StringView("add") && rest.size() >= 2)
+            return Request{QStringLiteral("NoteAdd"), {rest.mid(1).join(QLatin1Char(' '))}};
+        if (action == QLatin1StringView("remove") && rest.size() == 2)
+            return Request{QStringLiteral("NoteRemove"), {rest.at(1)}};
+        error = QStringLiteral("use notes list, show ID, add TEXT or remove ID.");
+        return std::nullopt;
+    }
+    if (command == QLatin1StringView("todo")) {
+        const QString action = rest.value(0);
+        if (action == QLatin1StringView("list") && rest.size() == 1)
+            return Request{QStringLiteral("Todos"), {}};
+        if (action == QLatin1StringView("add") && rest.size() >= 2)
+            return Request{QStringLiteral("TodoAdd"), {rest.mid(1).join(QLatin1Char(' '))}};
+        if ((action == QLatin1StringView("done") || action == QLatin1StringView("undo")) && rest.size() == 2)
+            return Request{QStringLiteral("TodoSetDone"), {rest.at(1), action == QLatin1StringView("done")}};
+        if (action == QLatin1StringView("remove") && rest.size() == 2)
+            return Request{QStringLiteral("TodoRemove"), {rest.at(1)}};
+        error = QStringLiteral("use todo list, add TEXT, done ID, undo ID or remove ID.");
+        return std::nullopt;
+    }
     if (command == QLatin1StringView("tray") && !rest.isEmpty()) {
         const QString action = rest.at(0);
         if (action == QLatin1StringView("list") && rest.size() == 1)

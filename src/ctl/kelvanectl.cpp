@@ -42,6 +42,14 @@ Commands:
                                      end, allDay, location, meetingLink
   calendar sources                   the iCalendar files and folders read, and every calendar
   calendar sources add|remove PATH   read an iCalendar file or folder as calendars, or stop
+  notes list                         every note: id, title, code mode and language, pinned, modified
+  notes show ID                      one note with its text
+  notes add TEXT                     add a note (its first line is its title); prints its id
+  notes remove ID                    delete a note
+  todo list                          the to-dos in their order: id, text, done
+  todo add TEXT                      add a to-do at the end; prints its id
+  todo done|undo ID                  tick a to-do, or untick it
+  todo remove ID                     delete a to-do
   timer add LABEL DURATION           start a timer (DURATION: 90, 90s, 5m, 1h30m, 1:30); prints its id
   timer list                         every timer: id, label, state, total and remaining seconds
   timer pause|resume|cancel ID       act on a timer (ID: its id or the first characters of it)

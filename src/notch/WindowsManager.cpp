@@ -25,6 +25,13 @@ WindowsManager::WindowsManager(const Dependencies& dependencies, QObject* parent
             &WindowsManager::screenDidChange);
     updateLastKnownScreenConfigurations();
     updateWindows();
+    m_expandedNoteManager.openWindow = [this](qint64 note, const QUuid& kit, bool isCodeMode) {
+        openNoteWindow(note, kit, isCodeMode);
+    };
+    m_expandedNoteManager.closeWindow = [this] {
+        m_expandedNoteWindowController.reset();
+        m_expandedNoteManager.setOpenNoteId(0);
+    };
 }
 
 WindowsManager::~WindowsManager()
@@ -32,6 +39,39 @@ WindowsManager::~WindowsManager()
     tearDown();
     if (s_shared == this)
         s_shared = nullptr;
+}
+
+void WindowsManager::openNoteWindow(qint64 note, const QUuid& inDisplayKitId, bool isCodeMode)
+{
+    if (!m_noteWindows)
+        return;
+    if (m_expandedNoteWindowController && m_expandedNoteWindowController->noteId() == note) {
+        m_expandedNoteWindowController->raise();
+        return;
+    }
+    // From the given notch, else the first; the notch's closed outline at the top centre.
+    const DisplayKit* kit = displayKit(inDisplayKitId);
+    if (!kit && !m_displayKits.empty())
+        kit = m_displayKits.front().get();
+    const QRectF screen = kit ? kit->screen.frame : QRectF(0, 0, 1280, 800);
+    const QSizeF size = kit && !kit->notchSize.isEmpty() ? kit->notchSize : QSizeF(200, 32);
+    const QRectF notch(screen.center().x() - size.width() / 2, screen.top(), size.width(), size.height());
+    // One window: the note that had it goes back to the panel first.
+    m_expandedNoteWindowController.reset();
+    m_expandedNoteWindowController = m_noteWindows->createNoteWindow(note, isCodeMode, notch, screen, [this, note] {
+        if (m_expandedNoteManager.openNoteId() != note)
+            return;
+        // Let go of it from the main loop: the window is still inside its own close.
+        QMetaObject::invokeMethod(
+            this,
+            [this, note] {
+                if (m_expandedNoteWindowController && m_expandedNoteWindowController->noteId() == note)
+                    m_expandedNoteWindowController.reset();
+            },
+            Qt::QueuedConnection);
+        m_expandedNoteManager.setOpenNoteId(0);
+    });
+    m_expandedNoteManager.setOpenNoteId(m_expandedNoteWindowController ? note : 0);
 }
 
 DisplayKit* WindowsManager::displayKit(const QUuid& id) const

@@ -2,6 +2,7 @@
 
 #include "Configuration.h"
 #include "DisplayKit.h"
+#include "ExpandedNoteManager.h"
 #include "HapticFeedback.h"
 #include "Indicator.h"
 #include "NotchWindow.h"
@@ -24,6 +25,7 @@ namespace kelvane {
 class WindowsManager : public QObject {
     Q_OBJECT
     Q_PROPERTY(bool isTrackingContextMenu READ isTrackingContextMenu NOTIFY trackingContextMenuChanged)
+    Q_PROPERTY(ExpandedNoteManager* expandedNoteManager READ expandedNoteManager CONSTANT)
 public:
     struct Dependencies {
         Scheduler& scheduler;
@@ -64,6 +66,13 @@ public:
     Q_INVOKABLE void menuDidBeginTracking();
     Q_INVOKABLE void menuDidEndTracking();
 
+    // Detached note windows: made by `factory`, one at a time.
+    void setNoteWindowFactory(NoteWindowFactory* factory) { m_noteWindows = factory; }
+    ExpandedNoteManager* expandedNoteManager() { return &m_expandedNoteManager; }
+    // Opens a note in a window of its own that grows out of the notch of the given kit's screen.
+    // A note already out is brought forward; another note takes the window's place.
+    void openNoteWindow(qint64 note, const QUuid& inDisplayKitId, bool isCodeMode);
+
     // Brings the settings forward, optionally on one pane ("general", "tray"...).
     Q_INVOKABLE void showSettings(const QString& pane = {});
 
@@ -81,6 +90,10 @@ private:
     void tearDown();
     static QString keyOf(const ScreenInfo& screen);
 
+    // First: the views of the notches read it.
+    ExpandedNoteManager m_expandedNoteManager;
+    NoteWindowFactory* m_noteWindows = nullptr;
+    std::unique_ptr<NoteWindow> m_expandedNoteWindowController;
     Dependencies m_deps;
     SettingValue<GeneralSettings> m_general;
     std::vector<std::unique_ptr<DisplayKit>> m_displayKits;

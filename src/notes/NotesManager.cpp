@@ -412,6 +412,13 @@ QVariantMap NotesManager::noteData(qint64 id) const
             {QStringLiteral("language"), languageOf(id)}, {QStringLiteral("pinned"), note->pinned}};
 }
 
+qint64 NotesManager::noteIdAt(int row) const
+{
+    return row >= 0 && row < int(m_notes.m_notes.size()) ? m_notes.m_notes[size_t(row)].id : 0;
+}
+
+QString NotesManager::titleOf(const QString& body) const { return notes::derivedTitle(body); }
+
 QString NotesManager::languageOf(qint64 id) const
 {
     const Note* note = this->note(id);

@@ -92,6 +92,9 @@ public:
     int openTodoCount() const;
     QStringList languages() const { return m_languages; }
     const Note* note(qint64 id) const;
+    // The numbers the next note and to-do will have.
+    qint64 nextNoteId() const { return m_nextNoteId; }
+    qint64 nextTodoId() const { return m_nextTodoId; }
     const Todo* todo(qint64 id) const;
 
     Q_INVOKABLE qint64 addNote(const QString& body = {}) { return addNote(body, Done()); }
@@ -104,6 +107,8 @@ public:
     Q_INVOKABLE bool removeNote(qint64 id) { return removeNote(id, Done()); }
     bool removeNote(qint64 id, Done done);
     Q_INVOKABLE QVariantMap noteData(qint64 id) const;
+    Q_INVOKABLE qint64 noteIdAt(int row) const;
+    Q_INVOKABLE QString titleOf(const QString& body) const;
     // The language a note's code is highlighted in: its own, else the widget's default.
     Q_INVOKABLE QString languageOf(qint64 id) const;
 

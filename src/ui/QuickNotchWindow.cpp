@@ -52,6 +52,7 @@ QuickNotchWindow::QuickNotchWindow(const NotchWindowSetup& setup, QQmlEngine& en
         {QStringLiteral("gestures"), QVariant::fromValue(static_cast<QObject*>(setup.gestures))},
         {QStringLiteral("windowsManager"), QVariant::fromValue(static_cast<QObject*>(setup.windowsManager))},
         {QStringLiteral("notchWindow"), QVariant::fromValue(static_cast<QObject*>(this))},
+        {QStringLiteral("displayKitId"), setup.displayKitId.toString(QUuid::WithoutBraces)},
     });
     if (m_dropZone)
         properties.insert(QStringLiteral("dropZone"), QVariant::fromValue(static_cast<QObject*>(m_dropZone.get())));

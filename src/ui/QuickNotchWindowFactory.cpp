@@ -7,17 +7,22 @@
 #include "SpringValue.h"
 #include "WidgetGridModel.h"
 
+#include "CodeHighlighter.h"
+#include "MarkdownRendering.h"
+#include "SettingsRecordModel.h"
 #include "activities/BluetoothManager.h"
 #include "activities/PowerMonitor.h"
+#include "activities/SelectedLiveActivity.h"
 #include "calendar/CalendarFileList.h"
 #include "calendar/CalendarManager.h"
-#include "activities/SelectedLiveActivity.h"
 #include "media/MediaManager.h"
+#include "notch/ExpandedNoteManager.h"
 #include "notch/KelvaneState.h"
 #include "notch/NotchController.h"
 #include "notch/NotchGestures.h"
 #include "notch/NotchViewModel.h"
 #include "notch/WindowsManager.h"
+#include "notes/NotesManager.h"
 #include "timers/TimerCommands.h"
 #include "timers/TuckleTimersStore.h"
 #include "tray/Tray.h"
@@ -58,6 +63,14 @@ void registerTypes()
     qmlRegisterUncreatableType<DropZone>(uri, 1, 0, "DropZone", owned);
     qmlRegisterType<NotchDropView>(uri, 1, 0, "NotchDropView");
     qmlRegisterType<NotchShape>(uri, 1, 0, "NotchShape");
+    qmlRegisterType<CodeHighlighter>(uri, 1, 0, "CodeHighlighter");
+    qmlRegisterSingletonType<MarkdownRendering>(
+        uri, 1, 0, "Markdown", [](QQmlEngine*, QJSEngine*) -> QObject* { return new MarkdownRendering; });
+    qmlRegisterUncreatableType<NotesManager>(uri, 1, 0, "NotesManager", application);
+    qmlRegisterUncreatableType<NoteListModel>(uri, 1, 0, "NoteListModel", application);
+    qmlRegisterUncreatableType<TodoListModel>(uri, 1, 0, "TodoListModel", application);
+    qmlRegisterUncreatableType<ExpandedNoteManager>(uri, 1, 0, "ExpandedNoteManager", owned);
+    qmlRegisterUncreatableType<SettingsRecordModel>(uri, 1, 0, "SettingsRecord", application);
     qmlRegisterUncreatableType<WidgetGridModel>(uri, 1, 0, "WidgetGridModel", application);
 }
 } // namespace

@@ -24,6 +24,10 @@ Item {
     property BluetoothManager bluetooth: null
     property CalendarManager calendar: null
     property CalendarFileList calendarFiles: null
+    property NotesManager notes: null
+    property SettingsRecord notesSettings: null
+    property SettingsRecord todoSettings: null
+    property string displayKitId: ""
 
     readonly property bool isOpen: kelvane.modeName !== "closed"
     // Over a full-screen window the notch keeps away when the user asked for that; a level key
@@ -369,6 +373,11 @@ Item {
                 tray: root.tray
                 calendar: root.calendar
                 calendarFiles: root.calendarFiles
+                notes: root.notes
+                notesSettings: root.notesSettings
+                todoSettings: root.todoSettings
+                noteWindows: root.windowsManager.expandedNoteManager
+                displayKitId: root.displayKitId
                 notchWindow: root.notchWindow
                 dropZone: root.dropZone
                 dropSpace: dropView

@@ -14,6 +14,11 @@ Item {
     property QtObject tray: null
     property QtObject calendar: null
     property QtObject calendarFiles: null
+    property QtObject notes: null
+    property QtObject notesSettings: null
+    property QtObject todoSettings: null
+    property QtObject noteWindows: null
+    property string displayKitId: ""
     property QtObject notchWindow: null
     property QtObject dropZone: null
     // The item the drop zone measures its targets in.
@@ -114,7 +119,9 @@ Item {
                     anchors.fill: parent
                     sourceComponent: cell.modelData.kind === "media" ? mediaWidget
                         : cell.modelData.kind === "timer" ? timerWidget
-                        : cell.modelData.kind === "calendar" ? calendarWidget : null
+                        : cell.modelData.kind === "calendar" ? calendarWidget
+                        : cell.modelData.kind === "notes" ? notesWidget
+                        : cell.modelData.kind === "todoList" ? todoWidget : null
                 }
             }
         }
@@ -129,6 +136,24 @@ Item {
         CalendarWidget {
             calendar: panel.calendar
             calendarFiles: panel.calendarFiles
+            notchWindow: panel.notchWindow
+        }
+    }
+    Component {
+        id: notesWidget
+        NotesWidget {
+            notes: panel.notes
+            settings: panel.notesSettings
+            notchWindow: panel.notchWindow
+            noteWindows: panel.noteWindows
+            displayKitId: panel.displayKitId
+        }
+    }
+    Component {
+        id: todoWidget
+        TodoWidget {
+            notes: panel.notes
+            settings: panel.todoSettings
             notchWindow: panel.notchWindow
         }
     }
