@@ -61,14 +61,10 @@ void WindowsManager::openNoteWindow(qint64 note, const QUuid& inDisplayKitId, bo
     m_expandedNoteWindowController = m_noteWindows->createNoteWindow(note, isCodeMode, notch, screen, [this, note] {
         if (m_expandedNoteManager.openNoteId() != note)
             return;
-        // Let go of it from the main loop: the window is still inside its own close.
-        QMetaObject::invokeMethod(
-            this,
-            [this, note] {
-                if (m_expandedNoteWindowController && m_expandedNoteWindowController->noteId() == note)
-                    m_expandedNoteWindowController.reset();
-            },
-            Qt::QueuedConnection);
+        // The window is still inside its own close: it is let go of from the main loop, but it
+        // is no longer the open one, so that opening the note again makes a new window.
+        std::shared_ptr<NoteWindow> closing(std::move(m_expandedNoteWindowController));
+        QMetaObject::invokeMethod(this, [closing] {}, Qt::QueuedConnection);
         m_expandedNoteManager.setOpenNoteId(0);
     });
     m_expandedNoteManager.setOpenNoteId(m_expandedNoteWindowController ? note : 0);

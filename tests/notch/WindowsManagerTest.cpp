@@ -409,3 +409,69 @@ TEST(WindowsManager, FullScreenHidesTheNotchOnlyWhereTheUserAskedAndPutsAnOpenPa
     EXPECT_FALSE(f.kit(1).viewModel->hiddenForFullScreen());
     EXPECT_TRUE(f.kit(0).viewModel->hiddenForFullScreen());
 }
+
+namespace {
+// Note windows that only record how they were made, and can be closed as a user closes them.
+struct FakeNoteWindows final : NoteWindowFactory {
+    struct Window final : NoteWindow {
+        qint64 id;
+        int* raised;
+        qint64 noteId() const override { return id; }
+        void raise() override { ++*raised; }
+        Window(qint64 note, int* r) : id(note), raised(r) {}
+    };
+    struct Made {
+        qint64 note;
+        bool codeMode;
+        QRectF notch;
+        QRectF screen;
+        std::function<void()> closed;
+    };
+    std::vector<Made> made;
+    int raised = 0;
+    std::unique_ptr<NoteWindow> createNoteWindow(qint64 note, bool codeMode, const QRectF& notch, const QRectF& screen,
+                                                 std::function<void()> closed) override
+    {
+        made.push_back({note, codeMode, notch, screen, std::move(closed)});
+        return std::make_unique<Window>(note, &raised);
+    }
+};
+} // namespace
+
+TEST(WindowsManager, ANoteGrowsOutOfItsNotchIntoOneWindowAndGoesBackWhenItCloses)
+{
+    Fixture f;
+    FakeNoteWindows notes;
+    f.manager->setNoteWindowFactory(&notes);
+    ExpandedNoteManager& expanded = *f.manager->expandedNoteManager();
+
+    // From the external screen's notch: its top centre, at the closed notch's size.
+    expanded.open(7, f.kit(1).id.toString(QUuid::WithoutBraces), true);
+    ASSERT_EQ(notes.made.size(), 1u);
+    EXPECT_TRUE(notes.made[0].codeMode);
+    EXPECT_EQ(notes.made[0].screen, QRectF(1512, 0, 1280, 800));
+    EXPECT_DOUBLE_EQ(notes.made[0].notch.center().x(), 1512 + 640);
+    EXPECT_EQ(notes.made[0].notch.top(), 0);
+    EXPECT_EQ(expanded.openNoteId(), 7);
+
+    // The same note again comes forward; another note takes the one window.
+    expanded.open(7, f.kit(0).id.toString(QUuid::WithoutBraces), true);
+    EXPECT_EQ(notes.made.size(), 1u);
+    EXPECT_EQ(notes.raised, 1);
+    expanded.open(8, f.kit(0).id.toString(QUuid::WithoutBraces), false);
+    ASSERT_EQ(notes.made.size(), 2u);
+    EXPECT_DOUBLE_EQ(notes.made[1].notch.center().x(), 756);
+    EXPECT_EQ(notes.made[1].notch.height(), 32);
+    EXPECT_EQ(expanded.openNoteId(), 8);
+    // The first window's late report changes nothing.
+    notes.made[0].closed();
+    EXPECT_EQ(expanded.openNoteId(), 8);
+
+    // Closed by the user: the note is back in the panel.
+    notes.made[1].closed();
+    EXPECT_EQ(expanded.openNoteId(), 0);
+    expanded.open(8, QStringLiteral("not a kit"), false);
+    EXPECT_EQ(notes.made.size(), 3u) << "an unknown notch opens from the first";
+    expanded.close();
+    EXPECT_EQ(expanded.openNoteId(), 0);
+}
