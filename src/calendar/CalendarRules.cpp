@@ -45,6 +45,10 @@ bool isMultiDay(const CalendarEvent& event)
 {
     if (event.end <= event.start)
         return false;
+    // A meeting at half past eleven that runs past midnight is still an evening's event; a timed
+    // event spans days only once it lasts a whole day.
+    if (!event.allDay)
+        return event.start.secsTo(event.end) >= 24 * 60 * 60;
     return event.start.date() != event.end.addMSecs(-1).date();
 }
 

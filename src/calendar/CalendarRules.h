@@ -26,8 +26,8 @@ struct DayRange {
 };
 DayRange displayRange(QDate today, const CalendarWidgetSettings& settings);
 
-// Whether an event covers more than one day (an all-day event of several days, or a timed one
-// that ends on a later day than it starts).
+// Whether an event covers more than one day: an all-day event of several days, or a timed one
+// of 24 hours or more (one that only runs past midnight does not).
 bool isMultiDay(const CalendarEvent& event);
 // Whether the event takes up some of this local day.
 bool coversDay(const CalendarEvent& event, QDate day);

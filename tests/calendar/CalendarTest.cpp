@@ -1,6 +1,7 @@
 #include "calendar/CalendarFileList.h"
 #include "calendar/CalendarManager.h"
 #include "calendar/MeetingLinks.h"
+#include "calendar/CalendarRules.h"
 
 #include "activities/ActiveLiveActivitiesManager.h"
 #include "activities/LiveActivitySelectionManager.h"
@@ -213,6 +214,34 @@ TEST(CalendarWidget, ListsTheChosenDayPerKindSwitchesAndCalendarChoice)
     // A click opens the event's address, else the calendar application.
     world.calendar.openEvent(0);
     EXPECT_EQ(world.opener.opened, QStringList{"app:Trip"});
+}
+
+TEST(CalendarWidget, OnlyEventsOfAWholeDayOrMoreCountAsSeveralDays)
+{
+    const QDateTime evening(QDate(2026, 11, 24), QTime(23, 30));
+    struct Case {
+        const char* what;
+        QDateTime start;
+        qint64 minutes;
+        bool allDay;
+        bool multiDay;
+    } const cases[] = {
+        {"a late meeting running past midnight", evening, 60, false, false},
+        {"a night flight", evening.addSecs(-3 * 3600), 10 * 60, false, false},
+        {"one second short of a day", evening, 24 * 60 - 1, false, false},
+        {"a whole day from the evening on", evening, 24 * 60, false, true},
+        {"a conference over three days", evening.addSecs(-10 * 3600), 3 * 24 * 60, false, true},
+        {"a holiday", evening.date().startOfDay(), 24 * 60, true, false},
+        {"a weekend away", evening.date().startOfDay(), 2 * 24 * 60, true, true},
+        {"an event that ends before it starts", evening, -30, false, false},
+    };
+    for (const Case& c : cases) {
+        CalendarEvent event;
+        event.start = c.start;
+        event.end = c.start.addSecs(c.minutes * 60);
+        event.allDay = c.allDay;
+        EXPECT_EQ(calendar::isMultiDay(event), c.multiDay) << c.what;
+    }
 }
 
 TEST(MeetingLinks, RecognisesTheCommonServicesButNotTheirHomePages)
