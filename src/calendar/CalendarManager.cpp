@@ -16,14 +16,6 @@ namespace {
 // noticed without waiting for a far-off event.
 constexpr qint64 longestWaitMs = 5 * 60 * 1000;
 
-// Hours and minutes as the user's locale writes them (some locales' short form has seconds too).
-QString clockTime(const QDateTime& time)
-{
-    QString format = QLocale().timeFormat(QLocale::ShortFormat);
-    format.remove(QStringLiteral(":ss")).remove(QStringLiteral(".ss"));
-    return QLocale().toString(time.time(), format);
-}
-
 // What the widget says about when an event happens on the day it is listed under.
 QString whenOnDay(const CalendarEvent& event, QDate day)
 {
@@ -32,12 +24,12 @@ QString whenOnDay(const CalendarEvent& event, QDate day)
     if (event.allDay || (!startsToday && lastDay != day && calendar::isMultiDay(event)))
         return QStringLiteral("All day");
     if (!startsToday)
-        return QStringLiteral("Until ") + clockTime(event.end);
+        return QStringLiteral("Until ") + clockTime(event.end.time());
     if (lastDay != day && calendar::isMultiDay(event))
-        return QStringLiteral("From ") + clockTime(event.start);
+        return QStringLiteral("From ") + clockTime(event.start.time());
     if (event.end <= event.start)
-        return clockTime(event.start);
-    return clockTime(event.start) + QStringLiteral(" – ") + clockTime(event.end);
+        return clockTime(event.start.time());
+    return clockTime(event.start.time()) + QStringLiteral(" – ") + clockTime(event.end.time());
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "Clock.h"
 
+#include <QLocale>
 #include <QTimeZone>
 
 #include <cmath>
@@ -28,6 +29,13 @@ std::optional<QDateTime> dateFromReferenceSeconds(double seconds)
         return std::nullopt;
     const QDateTime date = referenceDate().addMSecs(static_cast<qint64>(seconds * 1000.0));
     return date.isValid() ? std::optional(date) : std::nullopt;
+}
+
+QString clockTime(const QTime& time)
+{
+    QString format = QLocale().timeFormat(QLocale::ShortFormat);
+    format.remove(QStringLiteral(":ss")).remove(QStringLiteral(".ss"));
+    return QLocale().toString(time, format);
 }
 
 } // namespace kelvane

@@ -24,4 +24,7 @@ double secondsSinceReferenceDate(const QDateTime& time);
 // dates).
 std::optional<QDateTime> dateFromReferenceSeconds(double seconds);
 
+// Hours and minutes as the user's locale writes them (some locales' short form has seconds too).
+QString clockTime(const QTime& time);
+
 } // namespace kelvane

@@ -96,7 +96,7 @@ QVariant NoteListModel::data(const QModelIndex& index, int role) const
         const QDateTime local = modified->toLocalTime();
         const QLocale locale;
         return local.date() == m_clock.wallTime().toLocalTime().date()
-                   ? locale.toString(local.time(), QLocale::ShortFormat)
+                   ? clockTime(local.time())
                    : locale.toString(local.date(), QLocale::ShortFormat);
     }
     default:

@@ -23,8 +23,12 @@ QString firstGraphemes(const QString& text, int count)
 QString derivedTitle(const QString& body)
 {
     static const QRegularExpression marks(QStringLiteral(R"(^\s*(?:#{1,6}\s+|>\s*|[-*+]\s+(?:\[[ xX]\]\s+)?|\d+[.)]\s+)*)"));
+    // Lines that only frame what follows: code fences and rules.
+    static const QRegularExpression frame(QStringLiteral(R"(^\s*(?:(?:```|~~~)[\w+#.-]*|([-*_])(?:\s*\1){2,})\s*$)"));
     for (QStringView line : QStringView(body).split(QLatin1Char('\n'))) {
         QString text = line.toString();
+        if (frame.match(text).hasMatch())
+            continue;
         text.remove(marks);
         text = text.trimmed();
         if (!text.isEmpty())

@@ -109,6 +109,18 @@ void QuickNotchWindow::followWindowSize()
         m_view->setGeometry(frame);
 }
 
+void QuickNotchWindow::popupOpened()
+{
+    if (++m_popups == 1)
+        Q_EMIT popupShownChanged();
+}
+
+void QuickNotchWindow::popupClosed()
+{
+    if (m_popups > 0 && --m_popups == 0)
+        Q_EMIT popupShownChanged();
+}
+
 void QuickNotchWindow::setResignKeyHandler(std::function<void()> handler)
 {
     m_resignKey = std::move(handler);

@@ -15,6 +15,7 @@ namespace kelvane {
 // kept out of the task bar. Outside the notch's current shape it lets the pointer through.
 class QuickNotchWindow final : public QObject, public NotchWindow {
     Q_OBJECT
+    Q_PROPERTY(bool popupShown READ popupShown NOTIFY popupShownChanged)
 public:
     // Every notch window shares the one QML engine of the application. `services` are the
     // application's models that the views show (the live activities, the timers), by the name of
@@ -42,6 +43,14 @@ public:
     Q_INVOKABLE void setInputShape(double centreX, double bodyWidth, double bodyHeight);
     // Asks the window for keyboard focus (a text field of the panel was clicked).
     Q_INVOKABLE void makeKeyWindow();
+    // A widget's pop-up (a list to choose from) opened or closed: while one is up, the notch holds
+    // open as it does for its menu, and the whole window takes the pointer.
+    Q_INVOKABLE void popupOpened();
+    Q_INVOKABLE void popupClosed();
+    bool popupShown() const { return m_popups > 0; }
+
+Q_SIGNALS:
+    void popupShownChanged();
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
@@ -60,6 +69,7 @@ private:
     NotchGestures* m_gestures;
     bool m_wasActive = false;
     QRegion m_input;
+    int m_popups = 0;
 };
 
 } // namespace kelvane

@@ -80,6 +80,7 @@ struct Panel {
     void clickEditor() const { click(-95, 116); }
     void clickTodoField() const { click(124, 139); }
     void clickCodeMode() const { click(-71, 73); }
+    void clickLanguage() const { click(-17, 140); }
 };
 
 // How many pixels of the picture, inside `area`, are near `color`.
@@ -148,6 +149,16 @@ TEST(NotesAgent, TypedNotesRenderCodeIsColouredToDosAreTickedAndAllOfItSurvivesA
         const QString coloured = screenshot("notes-code");
         EXPECT_GT(pixelsNear(coloured, QRect(int(panel.centre) - 120, 80, 140, 60), QColor("#ff7ab2")), 10);
         EXPECT_GT(pixelsNear(coloured, QRect(int(panel.centre) - 120, 80, 140, 60), QColor("#30d158")), 5);
+
+        // Its language is chosen from a list in the editor's corner; the notch holds open meanwhile.
+        panel.clickLanguage();
+        screenshot("notes-language");
+        EXPECT_EQ(notch("M1")["mode"], "tuckle");
+        xdo({"mousemove", QString::number(int(panel.centre) - 176), "100"});
+        xdo({"key", "Home", "Down", "Return"});
+        EXPECT_TRUE(waitUntil([&] { return ctlJson({"notes", "show", code})["language"] == "sh"; }))
+            << ctlJson({"notes", "show", code})["language"].toString().toStdString();
+        EXPECT_EQ(notch("M1")["mode"], "tuckle");
 
         // A to-do added with Enter, then ticked.
         panel.clickTodoField();

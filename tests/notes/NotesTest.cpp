@@ -72,6 +72,10 @@ TEST(NotesRules, TitlesComeFromTheFirstLineWithoutMarkdownMarks)
         {QStringLiteral("\n\n   - [ ] call Anna  \nmore"), QStringLiteral("call Anna")},
         {QStringLiteral("> 1. quoted"), QStringLiteral("quoted")},
         {QStringLiteral("#hashtag stays"), QStringLiteral("#hashtag stays")},
+        // Fences and rules frame the text; the title is what they frame.
+        {QStringLiteral("```sh\nmake -j2\n```"), QStringLiteral("make -j2")},
+        {QStringLiteral("---\n* * *\nAfter the rules"), QStringLiteral("After the rules")},
+        {QStringLiteral("--- not a rule"), QStringLiteral("--- not a rule")},
         {QStringLiteral("  \n\t\n"), QString()},
         // Sixty characters as a reader counts them (a thumb with its skin tone is one).
         {long70, QString(QStringLiteral("👍🏽")).repeated(60) + QStringLiteral("…")},

@@ -97,7 +97,19 @@ Item {
     // notch keeps its handle.
     // While the menu is up the whole window takes the pointer: the menu's items, and a click beside
     // the menu that closes it.
-    readonly property bool menuShown: menu.shown
+    readonly property bool menuShown: menu.shown || notchWindow.popupShown
+    // A widget's pop-up holds the notch open as the menu does.
+    Connections {
+        target: root.notchWindow
+        function onPopupShownChanged() {
+            if (root.notchWindow.popupShown) {
+                root.windowsManager.menuDidBeginTracking()
+            } else {
+                root.windowsManager.menuDidEndTracking()
+                root.gestures.menuClosed()
+            }
+        }
+    }
     readonly property bool calibrating: viewModel.fineTuning !== ""
     readonly property var inputShape: {
         if (menuShown || calibrating)

@@ -15,6 +15,8 @@ Item {
     property bool showScrollIndicator: false
     property bool fadeScrollEdges: true
     property color background: "black"
+    // The notch window the editor is in, if any: its pop-ups must hold the notch open.
+    property QtObject notchWindow: null
     property real textSize: 12
     // Asked for before the editor takes the keyboard (a notch window must become key first).
     signal editingRequested()
@@ -134,6 +136,61 @@ Item {
         gradient: Gradient {
             GradientStop { position: 0; color: Qt.rgba(editor.background.r, editor.background.g, editor.background.b, 0) }
             GradientStop { position: 1; color: editor.background }
+        }
+    }
+
+    // A code note's language, in the corner where an editor's status shows it.
+    ComboBox {
+        id: languages
+        objectName: "noteLanguage"
+        visible: editor.codeMode && editor.notes !== null
+        anchors { right: parent.right; bottom: parent.bottom; rightMargin: 2; bottomMargin: 2 }
+        width: Math.min(editor.width / 2, languageLabel.implicitWidth)
+        height: 18
+        font.pixelSize: 9
+        model: editor.notes ? editor.notes.languages : []
+        currentIndex: Math.max(0, model.indexOf(editor.language))
+        onActivated: index => editor.notes.setNoteLanguage(editor.noteId, model[index])
+        Connections {
+            target: languages.popup
+            function onOpened() { if (editor.notchWindow) editor.notchWindow.popupOpened() }
+            function onClosed() { if (editor.notchWindow) editor.notchWindow.popupClosed() }
+        }
+        indicator: null
+        popup.width: 120
+        popup.padding: 3
+        popup.background: Rectangle { radius: 7; color: "#2c2c2e"; border.color: "#48484a" }
+        delegate: ItemDelegate {
+            id: choice
+            required property var modelData
+            required property int index
+            width: languages.popup.width - 6
+            height: 20
+            highlighted: languages.highlightedIndex === index
+            contentItem: Text {
+                leftPadding: 4
+                text: choice.modelData
+                color: choice.highlighted ? "white" : "#d1d1d6"
+                font.pixelSize: 10
+                font.weight: choice.modelData === editor.language ? Font.DemiBold : Font.Normal
+                verticalAlignment: Text.AlignVCenter
+            }
+            background: Rectangle { radius: 4; color: choice.highlighted ? "#0a84ff" : "transparent" }
+        }
+        background: Rectangle {
+            radius: 5
+            color: languages.hovered || languages.pressed ? "#3a3a3c" : "#2c2c2e"
+            opacity: 0.92
+        }
+        contentItem: Text {
+            id: languageLabel
+            leftPadding: 6
+            rightPadding: 6
+            text: languages.displayText + " ▾"
+            color: "#aeaeb2"
+            font.pixelSize: 9
+            verticalAlignment: Text.AlignVCenter
+            elide: Text.ElideMiddle
         }
     }
 }

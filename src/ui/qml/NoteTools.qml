@@ -1,32 +1,36 @@
 import QtQuick
 import QtQuick.Controls
 
-// A note's commands: code mode and its language, pin, its own window, delete.
-Row {
+// A note's commands, at the right: code mode, pin, its own window, delete. Deleting asks once more.
+Item {
     id: tools
     property QtObject notes: null
     property int noteId: 0
     property bool codeMode: false
     property bool pinned: false
-    property string language: "markdown"
     property bool canDetach: true
     signal detachRequested()
-    spacing: 2
+    implicitHeight: 22
+    // Another note: no deletion is half asked for.
+    onNoteIdChanged: remove.asking = false
 
     component Glyph: Rectangle {
         id: glyph
         property alias text: label.text
         property bool on: false
         property string tip: ""
+        // Drawn as a warning, for a second click that cannot be taken back.
+        property bool alarm: false
         signal clicked()
-        width: 21
+        width: Math.max(21, label.implicitWidth + 10)
         height: 22
         radius: 6
-        color: tap.pressed ? "#48484a" : hover.hovered ? "#3a3a3c" : on ? "#2c2c2e" : "transparent"
+        color: alarm ? (tap.pressed ? "#d70015" : "#ff453a")
+                     : tap.pressed ? "#48484a" : hover.hovered ? "#3a3a3c" : on ? "#2c2c2e" : "transparent"
         Text {
             id: label
             anchors.centerIn: parent
-            color: glyph.on ? "#0a84ff" : "#c7c7cc"
+            color: glyph.alarm ? "white" : glyph.on ? "#0a84ff" : "#c7c7cc"
             font.pixelSize: 12
             font.weight: Font.DemiBold
         }
@@ -37,31 +41,29 @@ Row {
         ToolTip.delay: 600
     }
 
-    ComboBox {
-        id: languages
-        objectName: "noteLanguage"
-        visible: tools.codeMode
-        width: 72
-        height: 22
-        font.pixelSize: 10
-        model: tools.notes ? tools.notes.languages : []
-        currentIndex: Math.max(0, model.indexOf(tools.language))
-        onActivated: index => tools.notes.setNoteLanguage(tools.noteId, model[index])
-        background: Rectangle { radius: 6; color: "#2c2c2e"; border.color: "#3a3a3c" }
-        contentItem: Text {
-            leftPadding: 6
-            text: languages.displayText
-            color: "#c7c7cc"
-            font.pixelSize: 10
-            verticalAlignment: Text.AlignVCenter
-            elide: Text.ElideRight
+    Row {
+        id: buttons
+        anchors.right: parent.right
+        spacing: 2
+        Glyph { objectName: "noteCodeMode"; text: "</>"; on: tools.codeMode; tip: "Code"
+                onClicked: tools.notes.setNoteCodeMode(tools.noteId, !tools.codeMode) }
+        Glyph { text: tools.pinned ? "★" : "☆"; on: tools.pinned; tip: tools.pinned ? "Unpin" : "Pin"
+                onClicked: tools.notes.setNotePinned(tools.noteId, !tools.pinned) }
+        Glyph { objectName: "noteDetach"; visible: tools.canDetach; text: "↗"; tip: "Open in a window"
+                onClicked: tools.detachRequested() }
+        Glyph {
+            id: remove
+            objectName: "noteDelete"
+            property bool asking: false
+            text: asking ? "Delete" : "✕"
+            tip: asking ? "" : "Delete"
+            alarm: asking
+            onClicked: {
+                if (asking)
+                    tools.notes.removeNote(tools.noteId)
+                asking = !asking
+            }
+            Timer { running: remove.asking; interval: 3000; onTriggered: remove.asking = false }
         }
     }
-    Glyph { objectName: "noteCodeMode"; text: "</>"; on: tools.codeMode; tip: "Code"
-            onClicked: tools.notes.setNoteCodeMode(tools.noteId, !tools.codeMode) }
-    Glyph { text: tools.pinned ? "★" : "☆"; on: tools.pinned; tip: tools.pinned ? "Unpin" : "Pin"
-            onClicked: tools.notes.setNotePinned(tools.noteId, !tools.pinned) }
-    Glyph { objectName: "noteDetach"; visible: tools.canDetach; text: "↗"; tip: "Open in a window"
-            onClicked: tools.detachRequested() }
-    Glyph { objectName: "noteDelete"; text: "✕"; tip: "Delete"; onClicked: tools.notes.removeNote(tools.noteId) }
 }

@@ -81,12 +81,11 @@ Window {
         anchors.margins: 12
         spacing: 6
         NoteTools {
-            Layout.alignment: Qt.AlignRight
+            Layout.fillWidth: true
             notes: window.notes
             noteId: window.noteId
             codeMode: !!window.current.codeMode
             pinned: !!window.current.pinned
-            language: window.current.language || "markdown"
             canDetach: false
         }
         NoteEditor {

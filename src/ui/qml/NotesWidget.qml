@@ -98,8 +98,7 @@ Item {
                         }
                         Text {
                             width: parent.width
-                            text: (widget.away === row.noteId ? "In its own window" : row.modified)
-                                  + (row.codeMode ? "  ·  " + widget.notes.languageOf(row.noteId) : "")
+                            text: widget.away === row.noteId ? "In its own window" : row.modified
                             color: "#8e8e93"
                             elide: Text.ElideRight
                             font.pixelSize: 9
@@ -137,14 +136,12 @@ Item {
             readonly property bool isAway: hasNote && widget.away === current.noteId
 
             NoteTools {
-                Layout.alignment: Qt.AlignRight
-                Layout.maximumWidth: pane.width
+                Layout.fillWidth: true
                 visible: pane.hasNote
                 notes: widget.notes
                 noteId: pane.hasNote ? pane.current.noteId : 0
                 codeMode: pane.hasNote && pane.current.codeMode
                 pinned: pane.hasNote && pane.current.pinned
-                language: pane.hasNote ? pane.current.language : "markdown"
                 canDetach: !pane.isAway
                 onDetachRequested: widget.noteWindows.open(pane.current.noteId, widget.displayKitId, pane.current.codeMode)
             }
@@ -160,6 +157,7 @@ Item {
                 language: pane.hasNote ? pane.current.language : ""
                 showScrollIndicator: !!widget.options.showScrollIndicator
                 fadeScrollEdges: widget.options.fadeScrollEdges !== false
+                notchWindow: widget.notchWindow
                 onEditingRequested: if (widget.notchWindow) widget.notchWindow.makeKeyWindow()
             }
             Column {

@@ -20,7 +20,7 @@ Item {
 
     ColumnLayout {
         anchors.fill: parent
-        spacing: 6
+        spacing: 4
 
         RowLayout {
             Layout.fillWidth: true
@@ -49,13 +49,13 @@ Item {
                 required property int index
                 readonly property bool shown: widget.showCompleted || !done
                 width: ListView.view.width
-                height: shown ? 26 : 0
+                height: shown ? 24 : 0
                 visible: shown
 
                 Rectangle {
                     id: content
                     width: row.width
-                    height: 26
+                    height: 24
                     radius: 6
                     color: dragArea.drag.active ? "#2c2c2e" : rowHover.hovered ? "#1c1c1e" : "transparent"
                     z: dragArea.drag.active ? 2 : 0
@@ -137,10 +137,23 @@ Item {
                     HoverHandler { id: rowHover }
                 }
             }
+            ScrollBar.vertical: ScrollBar { policy: ScrollBar.AsNeeded }
+            // More below: the last row fades out instead of being cut.
+            Rectangle {
+                anchors.left: parent.left
+                anchors.right: parent.right
+                anchors.bottom: parent.bottom
+                height: 10
+                visible: !list.atYEnd
+                gradient: Gradient {
+                    GradientStop { position: 0; color: "transparent" }
+                    GradientStop { position: 1; color: "black" }
+                }
+            }
             Text {
                 anchors.centerIn: parent
-                visible: list.count === 0
-                text: "Nothing to do"
+                visible: list.count === 0 || (!widget.showCompleted && widget.notes.openTodoCount === 0)
+                text: list.count === 0 ? "Nothing to do" : "All done"
                 color: "#636366"
                 font.pixelSize: 11
             }
