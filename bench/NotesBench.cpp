@@ -151,8 +151,9 @@ int main(int argc, char** argv)
                 "(spread %.1f), ratio %.2f; goal under 150 ms: %s\n",
                 load, manager.spread(), base, bare.spread(), load / base, load < 150 ? "met" : "NOT met");
     const double stall = typing.median(), idle = quiet.median();
-    std::printf("typing 300 keys with saving: longest main-thread hold %.2f ms median (spread %.2f); "
-                "without saving %.2f ms (spread %.2f); goal under 16 ms: %s\n",
-                stall, typing.spread(), idle, quiet.spread(), stall < 16 ? "met" : "NOT met");
+    const double worstTyping = typing.values.back(), worstQuiet = quiet.values.back();
+    std::printf("typing 300 keys with saving: longest main-thread hold %.2f ms median (spread %.2f, worst run %.2f); "
+                "without saving %.2f ms (spread %.2f, worst run %.2f); goal under 16 ms: %s\n",
+                stall, typing.spread(), worstTyping, idle, quiet.spread(), worstQuiet, stall < 16 ? "met" : "NOT met");
     return 0;
 }

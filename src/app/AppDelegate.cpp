@@ -51,6 +51,8 @@ AppDelegate::~AppDelegate()
     m_selectedLiveActivity.reset();
     m_liveActivitySelection.setCalendarModel(nullptr);
     m_calendar.reset();
+    m_shortcutsSettings.reset();
+    m_shortcuts.reset();
     m_fileCalendars.reset();
     m_edsCalendars.reset();
     m_calendarFiles.reset();
@@ -87,6 +89,16 @@ void AppDelegate::applicationDidFinishLaunching()
     }
     m_fileCalendars = std::make_unique<IcsCalendarSource>(*m_calendarFiles);
     m_calendar->addSource(*m_fileCalendars);
+    // Shortcuts are given the files selected in the tray, which starts later and is asked then.
+    m_shortcuts = std::make_unique<ShortcutsManager>(ShortcutsManager::Dependencies{
+        m_scheduler, m_settings, dataFolder + QStringLiteral("/Shortcuts"), [this] {
+            QStringList files;
+            if (m_tray)
+                for (const TrayFile* file : m_tray->selectedFiles())
+                    files << file->path();
+            return files;
+        }});
+    m_shortcutsSettings = std::make_unique<SettingsRecordModel>(m_settings, QStringLiteral("shortcutsWidgetSettings"));
 
     m_mediaEnvironment = std::make_unique<MprisMediaEnvironment>(QDBusConnection::sessionBus(),
                                                                  QDBusConnection::systemBus());
@@ -133,7 +145,7 @@ void AppDelegate::applicationDidFinishLaunching()
     // The widgets that have a view; the others take no room in the panel.
     m_widgetGrid = std::make_unique<WidgetGridModel>(m_settings, std::set{TuckleWidget::media, TuckleWidget::timer,
                                                                           TuckleWidget::calendar, TuckleWidget::notes,
-                                                                          TuckleWidget::todoList});
+                                                                          TuckleWidget::todoList, TuckleWidget::shortcuts});
     m_windowFactory.setServices({
         {QStringLiteral("widgetGrid"), QVariant::fromValue(static_cast<QObject*>(m_widgetGrid.get()))},
         {QStringLiteral("liveActivity"), QVariant::fromValue(static_cast<QObject*>(m_selectedLiveActivity.get()))},
@@ -148,6 +160,8 @@ void AppDelegate::applicationDidFinishLaunching()
         {QStringLiteral("notes"), QVariant::fromValue(static_cast<QObject*>(m_notes.get()))},
         {QStringLiteral("notesSettings"), QVariant::fromValue(static_cast<QObject*>(m_notesSettings.get()))},
         {QStringLiteral("todoSettings"), QVariant::fromValue(static_cast<QObject*>(m_todoSettings.get()))},
+        {QStringLiteral("shortcuts"), QVariant::fromValue(static_cast<QObject*>(m_shortcuts.get()))},
+        {QStringLiteral("shortcutsSettings"), QVariant::fromValue(static_cast<QObject*>(m_shortcutsSettings.get()))},
     });
 
     // Every notch takes drops: they open it into its drop area and land in the tray or a pipeline.
@@ -184,6 +198,15 @@ void AppDelegate::applicationDidFinishLaunching()
         if (m_quickPeeks && peek != std::exchange(m_lastTrackPeek, peek))
             m_quickPeeks->post(peek);
     });
+    // A shortcut that ends peeks out with its last line of output.
+    connect(m_shortcuts.get(), &ShortcutsManager::finished, this,
+            [this](const QString& name, const QString& lastLine, bool succeeded) {
+                if (m_quickPeeks)
+                    m_quickPeeks->post(QuickPeek{ShortcutsManager::labelOf(name),
+                                                 !lastLine.isEmpty() ? lastLine
+                                                 : succeeded         ? QStringLiteral("Done")
+                                                                     : QStringLiteral("Failed")});
+            });
     // An event coming near peeks too, when the user asked for that.
     connect(m_calendar.get(), &CalendarManager::eventNear, this, [this](const QString& title, const QString& when) {
         if (m_quickPeeks && m_settings.value(Keys::liveActivitiesSettings()).quickPeekEvent)

@@ -5,6 +5,7 @@
 #include "activities/LiveActivitySelectionManager.h"
 #include "activities/PowerMonitor.h"
 #include "activities/SelectedLiveActivity.h"
+#include "apps/ShortcutsManager.h"
 #include "calendar/CalendarFileList.h"
 #include "calendar/CalendarManager.h"
 #include "core/QtScheduler.h"
@@ -89,6 +90,7 @@ public:
     PowerMonitor* power() const { return m_power.get(); }
     BluetoothManager* bluetooth() const { return m_bluetooth.get(); }
     CalendarManager* calendar() const { return m_calendar.get(); }
+    ShortcutsManager* shortcuts() const { return m_shortcuts.get(); }
     CalendarFileList* calendarFiles() const { return m_calendarFiles.get(); }
     NotesManager* notes() const { return m_notes.get(); }
 
@@ -121,6 +123,8 @@ private:
     DesktopEventOpener m_eventOpener;
     std::unique_ptr<CalendarManager> m_calendar;
     std::unique_ptr<CalendarFileList> m_calendarFiles;
+    std::unique_ptr<ShortcutsManager> m_shortcuts;
+    std::unique_ptr<SettingsRecordModel> m_shortcutsSettings;
     std::unique_ptr<EdsCalendarSource> m_edsCalendars;
     std::unique_ptr<IcsCalendarSource> m_fileCalendars;
     std::unique_ptr<MprisMediaEnvironment> m_mediaEnvironment;

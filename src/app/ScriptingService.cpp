@@ -410,6 +410,54 @@ void ScriptingService::TodoRemove(const QString& id)
     m_delegate->notes()->removeTodo(*number, replyWhenSaved());
 }
 
+QString ScriptingService::Shortcuts()
+{
+    if (!ready())
+        return {};
+    ShortcutsManager& shortcuts = *m_delegate->shortcuts();
+    QStringList shown;
+    for (const QVariant& entry : shortcuts.shown())
+        shown << entry.toMap().value(QStringLiteral("name")).toString();
+    QJsonArray list;
+    for (const ShortcutsManager::Shortcut* shortcut : shortcuts.all()) {
+        static const char* const states[] = {"idle", "running", "done", "failed"};
+        list.append(QJsonObject{
+            {QStringLiteral("name"), shortcut->name},
+            {QStringLiteral("path"), shortcut->path},
+            {QStringLiteral("executable"), shortcut->executable},
+            {QStringLiteral("shown"), shown.contains(shortcut->name)},
+            {QStringLiteral("state"), QLatin1StringView(states[int(shortcut->state)])},
+            {QStringLiteral("exitStatus"), shortcut->exitStatus ? QJsonValue(*shortcut->exitStatus) : QJsonValue()},
+            {QStringLiteral("lastLine"), shortcut->lastLine},
+        });
+    }
+    return indented(list);
+}
+
+void ScriptingService::ShortcutRun(const QString& name, const QStringList& files)
+{
+    if (!ready())
+        return;
+    ShortcutsManager& shortcuts = *m_delegate->shortcuts();
+    if (files.isEmpty()) {
+        const QString error = shortcuts.runWithSelection(name);
+        failOn(error.isEmpty() ? std::nullopt : std::optional(error));
+        return;
+    }
+    failOn(shortcuts.run(name, files));
+}
+
+void ScriptingService::ShortcutStop(const QString& name)
+{
+    if (!ready())
+        return;
+    if (!m_delegate->shortcuts()->shortcut(name)) {
+        fail(QStringLiteral("There is no shortcut %1.").arg(name));
+        return;
+    }
+    m_delegate->shortcuts()->stop(name);
+}
+
 QString ScriptingService::Media()
 {
     if (!ready())

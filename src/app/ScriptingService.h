@@ -60,6 +60,10 @@ public Q_SLOTS:
     QString TodoAdd(const QString& text);
     void TodoSetDone(const QString& id, bool done);
     void TodoRemove(const QString& id);
+    QString Shortcuts();
+    // Answers once it has started; the files are its arguments (none: the tray's selection).
+    void ShortcutRun(const QString& name, const QStringList& files);
+    void ShortcutStop(const QString& name);
     QString Media();
     void MediaCommand(const QStringList& words);
     void Quit();

@@ -106,6 +106,21 @@ std::optional<Request> parse(QStringList args, QString& error)
         error = QStringLiteral("use todo list, add TEXT, done ID, undo ID or remove ID.");
         return std::nullopt;
     }
+    if (command == QLatin1StringView("shortcuts")) {
+        const QString action = rest.value(0);
+        if (action == QLatin1StringView("list") && rest.size() == 1)
+            return Request{QStringLiteral("Shortcuts"), {}};
+        if (action == QLatin1StringView("run") && rest.size() >= 2) {
+            QStringList paths;
+            for (const QString& file : rest.mid(2))
+                paths << QFileInfo(file).absoluteFilePath();
+            return Request{QStringLiteral("ShortcutRun"), {rest.at(1), paths}};
+        }
+        if (action == QLatin1StringView("stop") && rest.size() == 2)
+            return Request{QStringLiteral("ShortcutStop"), {rest.at(1)}};
+        error = QStringLiteral("use shortcuts list, run NAME [FILE...] or stop NAME.");
+        return std::nullopt;
+    }
     if (command == QLatin1StringView("tray") && !rest.isEmpty()) {
         const QString action = rest.at(0);
         if (action == QLatin1StringView("list") && rest.size() == 1)

@@ -50,6 +50,9 @@ Commands:
   todo add TEXT                      add a to-do at the end; prints its id
   todo done|undo ID                  tick a to-do, or untick it
   todo remove ID                     delete a to-do
+  shortcuts list                     the programs in the shortcuts folder: name, path, executable, shown, state, exitStatus, lastLine
+  shortcuts run NAME [FILE...]       run one with these files (none: the files selected in the tray)
+  shortcuts stop NAME                ask a running shortcut to end, and end it if it does not
   timer add LABEL DURATION           start a timer (DURATION: 90, 90s, 5m, 1h30m, 1:30); prints its id
   timer list                         every timer: id, label, state, total and remaining seconds
   timer pause|resume|cancel ID       act on a timer (ID: its id or the first characters of it)

@@ -27,6 +27,8 @@ Item {
     property NotesManager notes: null
     property SettingsRecord notesSettings: null
     property SettingsRecord todoSettings: null
+    property QtObject shortcuts: null
+    property SettingsRecord shortcutsSettings: null
     property string displayKitId: ""
 
     readonly property bool isOpen: kelvane.modeName !== "closed"
@@ -388,6 +390,8 @@ Item {
                 notes: root.notes
                 notesSettings: root.notesSettings
                 todoSettings: root.todoSettings
+                shortcuts: root.shortcuts
+                shortcutsSettings: root.shortcutsSettings
                 noteWindows: root.windowsManager.expandedNoteManager
                 displayKitId: root.displayKitId
                 notchWindow: root.notchWindow

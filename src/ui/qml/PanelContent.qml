@@ -17,6 +17,8 @@ Item {
     property QtObject notes: null
     property QtObject notesSettings: null
     property QtObject todoSettings: null
+    property QtObject shortcuts: null
+    property QtObject shortcutsSettings: null
     property QtObject noteWindows: null
     property string displayKitId: ""
     property QtObject notchWindow: null
@@ -121,7 +123,8 @@ Item {
                         : cell.modelData.kind === "timer" ? timerWidget
                         : cell.modelData.kind === "calendar" ? calendarWidget
                         : cell.modelData.kind === "notes" ? notesWidget
-                        : cell.modelData.kind === "todoList" ? todoWidget : null
+                        : cell.modelData.kind === "todoList" ? todoWidget
+                        : cell.modelData.kind === "shortcuts" ? shortcutsWidget : null
                 }
             }
         }
@@ -155,6 +158,13 @@ Item {
             notes: panel.notes
             settings: panel.todoSettings
             notchWindow: panel.notchWindow
+        }
+    }
+    Component {
+        id: shortcutsWidget
+        ShortcutsWidget {
+            shortcuts: panel.shortcuts
+            settings: panel.shortcutsSettings
         }
     }
     Component {

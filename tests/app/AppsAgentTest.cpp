@@ -1,0 +1,99 @@
+#include "support/AgentProcess.h"
+#include "support/Polling.h"
+#include "support/ScopedEnvironment.h"
+#include "support/SessionBus.h"
+#include "support/XvfbServer.h"
+
+#include <QDir>
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QThread>
+
+#include <gtest/gtest.h>
+
+using namespace kelvane;
+using namespace kelvane::test;
+
+namespace {
+
+void screenshot(const QString& name)
+{
+    QThread::msleep(400);
+    QDir().mkpath(KELVANE_ARTIFACTS);
+    XvfbServer::current()->run("import", {"-window", "root", QString(KELVANE_ARTIFACTS) + "/" + name + ".png"});
+}
+
+QJsonObject shortcut(const QString& name)
+{
+    for (const QJsonValue& entry : QJsonDocument::fromJson(ctl({"shortcuts", "list"}).out.toUtf8()).array())
+        if (entry["name"] == name)
+            return entry.toObject();
+    return {};
+}
+
+void writeScript(const QString& path, const QByteArray& body)
+{
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write("#!/bin/sh\n" + body);
+    file.close();
+    file.setPermissions(file.permissions() | QFile::ExeOwner);
+}
+
+QString readAll(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
+}
+
+} // namespace
+
+TEST(AppsAgent, AShortcutRunsFromTheCommandLineAndItsButtonAndPeeksItsLastLine)
+{
+    TemporaryHome home;
+    SessionBus session;
+    const QString folder = home.path() + "/.local/share/io.kelvane.Kelvane/Shortcuts";
+    const QString arguments = home.path() + "/arguments";
+    QDir().mkpath(folder);
+    writeScript(folder + "/Tag files.sh", "printf '%s\\n' \"$@\" > '" + arguments.toUtf8() + "'\necho \"Tagged $# files\"\n");
+    RunningAgent agent;
+    ASSERT_TRUE(agent.waitForNotches(2));
+    EXPECT_EQ(shortcut("Tag files.sh")["shown"], true);
+
+    // From the command line, with a file named relative to where it is called from.
+    ASSERT_EQ(ctl({"shortcuts", "run", "Tag files.sh", "a file.txt"}).status, 0);
+    ASSERT_TRUE(waitUntil([] { return shortcut("Tag files.sh")["state"] == "done"; }));
+    EXPECT_EQ(shortcut("Tag files.sh")["lastLine"], "Tagged 1 files");
+    EXPECT_EQ(readAll(arguments), QDir::current().absoluteFilePath("a file.txt") + "\n");
+    // Its last line peeks out of the closed notch.
+    EXPECT_TRUE(waitUntil([] { return notch("M1")["quickPeek"] == "Tag files"; }));
+    EXPECT_EQ(ctl({"shortcuts", "run", "nothing here"}).status, 1);
+
+    // Added while the agent runs, it gets a button; one that runs long shows it and can be stopped.
+    writeScript(folder + "/Wait.sh", "echo waiting\nexec sleep 60\n");
+    ASSERT_TRUE(waitUntil([] { return shortcut("Wait.sh")["shown"] == true; }));
+    ASSERT_EQ(ctl({"settings", "set", "tuckleSettings",
+                   R"({"enabled":true,"enabledWidgets":["shortcuts"],"showDividers":true,"size":{"height":{"value":2},"width":{"value":11}},"wallpaper":"none","wallpaperBlur":4,"widgetsPadding":12})"})
+                  .status,
+              0);
+    ASSERT_EQ(ctl({"shortcuts", "run", "Wait.sh"}).status, 0);
+    ASSERT_EQ(ctl({"open", "tuckle"}).status, 0);
+    ASSERT_TRUE(waitUntil([] { return notch("M1")["mode"] == "tuckle"; }));
+    screenshot("shortcuts-widget");
+    ASSERT_EQ(ctl({"shortcuts", "stop", "Wait.sh"}).status, 0);
+    ASSERT_TRUE(waitUntil([] { return shortcut("Wait.sh")["state"] == "idle"; }));
+    EXPECT_EQ(shortcut("Wait.sh")["lastLine"], "Stopped");
+
+    // A click on its button runs it with the tray's selection: none.
+    const QJsonObject window = notch("M1")["window"].toObject();
+    const int centre = int(window["x"].toDouble() + window["width"].toDouble() / 2);
+    QFile::remove(arguments);
+    XvfbServer::current()->run("xdotool", {"mousemove", QString::number(centre - 26), QString::number(int(window["y"].toDouble()) + 72),
+                                           "click", "1"});
+    ASSERT_TRUE(waitUntil([&] { return QFile::exists(arguments); })) << agent.readOutput().toStdString();
+    ASSERT_TRUE(waitUntil([] { return shortcut("Tag files.sh")["lastLine"] == "Tagged 0 files"; }));
+    EXPECT_EQ(readAll(arguments), "\n");
+    screenshot("shortcuts-widget-after-click");
+    EXPECT_EQ(agent.readOutput().count("[ShortcutsManager]"), 0) << agent.readOutput().toStdString();
+}
