@@ -5,9 +5,6 @@
 
 #include <QDir>
 #include <QFileInfo>
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QSaveFile>
 
 namespace kelvane {
 
@@ -15,21 +12,12 @@ CalendarFileList::CalendarFileList(const QString& dataFolder, QObject* parent)
     : QObject(parent)
     , m_file(QDir(dataFolder).filePath(QString::fromLatin1(fileName)))
 {
-    QFile file(m_file);
-    if (!file.open(QIODevice::ReadOnly))
-        return;
-    const QJsonDocument document = QJsonDocument::fromJson(file.readAll());
-    bool valid = document.isArray();
-    for (const QJsonValue& value : document.array()) {
-        valid = valid && value.isString() && QFileInfo(value.toString()).isAbsolute();
-        if (valid && !m_paths.contains(value.toString()))
-            m_paths.append(value.toString());
-    }
-    if (!valid) {
-        m_paths.clear();
+    bool broken = false;
+    m_paths = readStringList(m_file, broken, [](const QString& path) { return QFileInfo(path).isAbsolute(); })
+                  .value_or(QStringList());
+    if (broken)
         logLine(u"Calendar", QStringLiteral("The list of calendar files %1 could not be read (kept as %2).")
                                  .arg(m_file, keepAside(m_file)));
-    }
 }
 
 QString CalendarFileList::add(const QString& path)
@@ -60,12 +48,9 @@ QString CalendarFileList::remove(const QString& path)
 
 void CalendarFileList::save()
 {
-    QDir().mkpath(QFileInfo(m_file).absolutePath());
-    QSaveFile file(m_file);
-    if (!file.open(QIODevice::WriteOnly) ||
-        file.write(QJsonDocument(QJsonArray::fromStringList(m_paths)).toJson()) < 0 || !file.commit())
-        logLine(u"Calendar", QStringLiteral("The list of calendar files could not be saved to %1: %2")
-                                 .arg(m_file, file.errorString()));
+    if (const auto error = writeStringList(m_file, m_paths))
+        logLine(u"Calendar",
+                QStringLiteral("The list of calendar files could not be saved to %1: %2").arg(m_file, *error));
     Q_EMIT pathsChanged();
 }
 
