@@ -52,6 +52,8 @@ AppDelegate::~AppDelegate()
     m_liveActivitySelection.setCalendarModel(nullptr);
     m_calendar.reset();
     m_shortcutsSettings.reset();
+    m_quickApps.reset();
+    m_appCatalog.reset();
     m_shortcuts.reset();
     m_fileCalendars.reset();
     m_edsCalendars.reset();
@@ -99,6 +101,8 @@ void AppDelegate::applicationDidFinishLaunching()
             return files;
         }});
     m_shortcutsSettings = std::make_unique<SettingsRecordModel>(m_settings, QStringLiteral("shortcutsWidgetSettings"));
+    m_appCatalog = std::make_unique<GioApplicationCatalog>();
+    m_quickApps = std::make_unique<QuickAppsManager>(*m_appCatalog, dataFolder);
 
     m_mediaEnvironment = std::make_unique<MprisMediaEnvironment>(QDBusConnection::sessionBus(),
                                                                  QDBusConnection::systemBus());
@@ -145,7 +149,8 @@ void AppDelegate::applicationDidFinishLaunching()
     // The widgets that have a view; the others take no room in the panel.
     m_widgetGrid = std::make_unique<WidgetGridModel>(m_settings, std::set{TuckleWidget::media, TuckleWidget::timer,
                                                                           TuckleWidget::calendar, TuckleWidget::notes,
-                                                                          TuckleWidget::todoList, TuckleWidget::shortcuts});
+                                                                          TuckleWidget::todoList, TuckleWidget::shortcuts,
+                                                                          TuckleWidget::quickApps});
     m_windowFactory.setServices({
         {QStringLiteral("widgetGrid"), QVariant::fromValue(static_cast<QObject*>(m_widgetGrid.get()))},
         {QStringLiteral("liveActivity"), QVariant::fromValue(static_cast<QObject*>(m_selectedLiveActivity.get()))},
@@ -161,6 +166,7 @@ void AppDelegate::applicationDidFinishLaunching()
         {QStringLiteral("notesSettings"), QVariant::fromValue(static_cast<QObject*>(m_notesSettings.get()))},
         {QStringLiteral("todoSettings"), QVariant::fromValue(static_cast<QObject*>(m_todoSettings.get()))},
         {QStringLiteral("shortcuts"), QVariant::fromValue(static_cast<QObject*>(m_shortcuts.get()))},
+        {QStringLiteral("quickApps"), QVariant::fromValue(static_cast<QObject*>(m_quickApps.get()))},
         {QStringLiteral("shortcutsSettings"), QVariant::fromValue(static_cast<QObject*>(m_shortcutsSettings.get()))},
     });
 

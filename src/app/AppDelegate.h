@@ -5,6 +5,7 @@
 #include "activities/LiveActivitySelectionManager.h"
 #include "activities/PowerMonitor.h"
 #include "activities/SelectedLiveActivity.h"
+#include "apps/QuickAppsManager.h"
 #include "apps/ShortcutsManager.h"
 #include "calendar/CalendarFileList.h"
 #include "calendar/CalendarManager.h"
@@ -27,6 +28,7 @@
 #include "platform/linux/DesktopEventOpener.h"
 #include "platform/linux/DesktopSharing.h"
 #include "platform/linux/EdsCalendarSource.h"
+#include "platform/linux/GioApplicationCatalog.h"
 #include "platform/linux/IcsCalendarSource.h"
 #include "platform/linux/MimePasteboard.h"
 #include "platform/linux/MprisMediaEnvironment.h"
@@ -91,6 +93,7 @@ public:
     BluetoothManager* bluetooth() const { return m_bluetooth.get(); }
     CalendarManager* calendar() const { return m_calendar.get(); }
     ShortcutsManager* shortcuts() const { return m_shortcuts.get(); }
+    QuickAppsManager* quickApps() const { return m_quickApps.get(); }
     CalendarFileList* calendarFiles() const { return m_calendarFiles.get(); }
     NotesManager* notes() const { return m_notes.get(); }
 
@@ -125,6 +128,8 @@ private:
     std::unique_ptr<CalendarFileList> m_calendarFiles;
     std::unique_ptr<ShortcutsManager> m_shortcuts;
     std::unique_ptr<SettingsRecordModel> m_shortcutsSettings;
+    std::unique_ptr<GioApplicationCatalog> m_appCatalog;
+    std::unique_ptr<QuickAppsManager> m_quickApps;
     std::unique_ptr<EdsCalendarSource> m_edsCalendars;
     std::unique_ptr<IcsCalendarSource> m_fileCalendars;
     std::unique_ptr<MprisMediaEnvironment> m_mediaEnvironment;

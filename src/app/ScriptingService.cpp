@@ -410,6 +410,38 @@ void ScriptingService::TodoRemove(const QString& id)
     m_delegate->notes()->removeTodo(*number, replyWhenSaved());
 }
 
+QString ScriptingService::Apps(const QString& search)
+{
+    if (!ready())
+        return {};
+    const QuickAppsManager& apps = *m_delegate->quickApps();
+    QJsonArray installed;
+    for (const QVariant& entry : apps.searchList(search)) {
+        const QVariantMap app = entry.toMap();
+        installed.append(QJsonObject{{QStringLiteral("id"), app.value(QStringLiteral("id")).toString()},
+                                     {QStringLiteral("name"), app.value(QStringLiteral("name")).toString()},
+                                     {QStringLiteral("chosen"), app.value(QStringLiteral("chosen")).toBool()}});
+    }
+    return indented(QJsonObject{{QStringLiteral("chosen"), QJsonArray::fromStringList(apps.chosenIds())},
+                                {QStringLiteral("installed"), installed}});
+}
+
+void ScriptingService::AppAdd(const QString& id)
+{
+    if (!ready())
+        return;
+    const QString error = m_delegate->quickApps()->add(id);
+    failOn(error.isEmpty() ? std::nullopt : std::optional(error));
+}
+
+void ScriptingService::AppRemove(const QString& id)
+{
+    if (!ready())
+        return;
+    const QString error = m_delegate->quickApps()->remove(id);
+    failOn(error.isEmpty() ? std::nullopt : std::optional(error));
+}
+
 QString ScriptingService::Shortcuts()
 {
     if (!ready())

@@ -60,6 +60,9 @@ public Q_SLOTS:
     QString TodoAdd(const QString& text);
     void TodoSetDone(const QString& id, bool done);
     void TodoRemove(const QString& id);
+    QString Apps(const QString& search);
+    void AppAdd(const QString& id);
+    void AppRemove(const QString& id);
     QString Shortcuts();
     // Answers once it has started; the files are its arguments (none: the tray's selection).
     void ShortcutRun(const QString& name, const QStringList& files);

@@ -106,6 +106,16 @@ std::optional<Request> parse(QStringList args, QString& error)
         error = QStringLiteral("use todo list, add TEXT, done ID, undo ID or remove ID.");
         return std::nullopt;
     }
+    if (command == QLatin1StringView("apps")) {
+        const QString action = rest.value(0);
+        if (action == QLatin1StringView("list") && rest.size() <= 2)
+            return Request{QStringLiteral("Apps"), {rest.value(1)}};
+        if ((action == QLatin1StringView("add") || action == QLatin1StringView("remove")) && rest.size() == 2)
+            return Request{action == QLatin1StringView("add") ? QStringLiteral("AppAdd") : QStringLiteral("AppRemove"),
+                           {rest.at(1)}};
+        error = QStringLiteral("use apps list [SEARCH], add ID or remove ID.");
+        return std::nullopt;
+    }
     if (command == QLatin1StringView("shortcuts")) {
         const QString action = rest.value(0);
         if (action == QLatin1StringView("list") && rest.size() == 1)

@@ -50,6 +50,8 @@ Commands:
   todo add TEXT                      add a to-do at the end; prints its id
   todo done|undo ID                  tick a to-do, or untick it
   todo remove ID                     delete a to-do
+  apps list [SEARCH]                 the quick apps' ids in order, and the installed applications (matching SEARCH) with id, name, chosen
+  apps add|remove ID                 put an application (its desktop entry id) on the quick apps row, or take it off
   shortcuts list                     the programs in the shortcuts folder: name, path, executable, shown, state, exitStatus, lastLine
   shortcuts run NAME [FILE...]       run one with these files (none: the files selected in the tray)
   shortcuts stop NAME                ask a running shortcut to end, and end it if it does not

@@ -5,6 +5,8 @@
 #include "tray/Tray.h"
 
 #include <QFileInfo>
+#include <QIcon>
+#include <QPainter>
 #include <QUrl>
 
 #include <poppler-qt6.h>
@@ -86,6 +88,42 @@ QImage PdfPageProvider::firstPage(const QString& path, const QSize& requestedSiz
     const QSizeF wanted = points.scaled(QSizeF(std::min(fit.width(), 1024), std::min(fit.height(), 1024)), Qt::KeepAspectRatio);
     const double dpi = 72.0 * wanted.width() / points.width();
     return page->renderToImage(dpi, dpi);
+}
+
+ThemeIconProvider::ThemeIconProvider()
+    : QQuickImageProvider(QQuickImageProvider::Image)
+{
+}
+
+QImage ThemeIconProvider::requestImage(const QString& id, QSize* size, const QSize& requestedSize)
+{
+    const QString name = QUrl::fromPercentEncoding(id.toUtf8());
+    const int side = requestedSize.isValid() && requestedSize.width() > 0 ? requestedSize.width() : 48;
+    QIcon icon = name.startsWith(QLatin1Char('/')) ? QIcon(name) : QIcon::fromTheme(name);
+    if (icon.isNull())
+        icon = QIcon::fromTheme(QStringLiteral("application-x-executable"));
+    QImage image = icon.isNull() ? QImage() : icon.pixmap(QSize(side, side)).toImage();
+    if (image.isNull()) {
+        // No theme has one: a plain application tile, a window on a rounded square.
+        image = QImage(side, side, QImage::Format_ARGB32_Premultiplied);
+        image.fill(Qt::transparent);
+        QPainter painter(&image);
+        painter.setRenderHint(QPainter::Antialiasing);
+        QLinearGradient fill(0, 0, 0, side);
+        fill.setColorAt(0, QColor(0x63, 0x63, 0x66));
+        fill.setColorAt(1, QColor(0x3a, 0x3a, 0x3c));
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(fill);
+        painter.drawRoundedRect(QRectF(side * 0.06, side * 0.06, side * 0.88, side * 0.88), side * 0.22, side * 0.22);
+        painter.setPen(QPen(QColor(0xe5, 0xe5, 0xea), std::max(1.0, side / 24.0)));
+        painter.setBrush(Qt::NoBrush);
+        const QRectF window(side * 0.26, side * 0.3, side * 0.48, side * 0.4);
+        painter.drawRoundedRect(window, side * 0.05, side * 0.05);
+        painter.drawLine(QPointF(window.left(), window.top() + side * 0.1), QPointF(window.right(), window.top() + side * 0.1));
+    }
+    if (size)
+        *size = image.size();
+    return image;
 }
 
 } // namespace kelvane

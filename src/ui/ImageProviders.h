@@ -39,4 +39,13 @@ public:
     static QImage firstPage(const QString& path, const QSize& requestedSize);
 };
 
+// "image://icon/<theme name or absolute path>": an application's icon from the desktop's icon
+// theme (or its file), at the size asked for; an application without one gets the generic
+// program icon, and where the theme has neither, a plain tile drawn here.
+class ThemeIconProvider final : public QQuickImageProvider {
+public:
+    ThemeIconProvider();
+    QImage requestImage(const QString& id, QSize* size, const QSize& requestedSize) override;
+};
+
 } // namespace kelvane

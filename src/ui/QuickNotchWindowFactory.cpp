@@ -101,6 +101,8 @@ void QuickNotchWindowFactory::setServices(QVariantMap services)
         m_engine.addImageProvider(QStringLiteral("tray"), new TrayImageProvider(tray));
         m_engine.addImageProvider(QStringLiteral("pdfpage"), new PdfPageProvider);
     }
+    if (!m_engine.imageProvider(QStringLiteral("icon")))
+        m_engine.addImageProvider(QStringLiteral("icon"), new ThemeIconProvider);
 }
 
 } // namespace kelvane

@@ -97,3 +97,52 @@ TEST(AppsAgent, AShortcutRunsFromTheCommandLineAndItsButtonAndPeeksItsLastLine)
     screenshot("shortcuts-widget-after-click");
     EXPECT_EQ(agent.readOutput().count("[ShortcutsManager]"), 0) << agent.readOutput().toStdString();
 }
+
+TEST(AppsAgent, AQuickAppIsChosenFromTheCommandLineAndStartedWithAClick)
+{
+    TemporaryHome home;
+    ScopedEnvironment env;
+    const QString share = home.path() + "/system-share";
+    const QString started = home.path() + "/started";
+    QDir().mkpath(share + "/applications");
+    // The system folders stay: the desktop's settings schemas are read from them.
+    env.set("XDG_DATA_DIRS", share.toUtf8() + ":/usr/local/share:/usr/share");
+    writeScript(home.path() + "/recorder", "echo \"$DESKTOP_STARTUP_ID\" > '" + started.toUtf8() + "'\n");
+    QFile entry(share + "/applications/org.example.Sketch.desktop");
+    ASSERT_TRUE(entry.open(QIODevice::WriteOnly));
+    entry.write("[Desktop Entry]\nType=Application\nName=Sketch\nIcon=applications-graphics\nExec=" +
+                home.path().toUtf8() + "/recorder %F\nStartupNotify=true\n");
+    entry.close();
+    SessionBus session;
+    RunningAgent agent;
+    ASSERT_TRUE(agent.waitForNotches(2));
+
+    EXPECT_EQ(ctl({"apps", "add", "org.example.Missing.desktop"}).status, 1);
+    ASSERT_EQ(ctl({"apps", "add", "org.example.Sketch.desktop"}).status, 0);
+    const QJsonObject apps = ctlJson({"apps", "list", "sket"});
+    EXPECT_EQ(apps["chosen"], QJsonArray{"org.example.Sketch.desktop"});
+    ASSERT_EQ(apps["installed"].toArray().size(), 1);
+    EXPECT_EQ(apps["installed"][0]["name"], "Sketch");
+
+    ASSERT_EQ(ctl({"settings", "set", "tuckleSettings",
+                   R"({"enabled":true,"enabledWidgets":["quickApps"],"showDividers":true,"size":{"height":{"value":2},"width":{"value":11}},"wallpaper":"none","wallpaperBlur":4,"widgetsPadding":12})"})
+                  .status,
+              0);
+    ASSERT_EQ(ctl({"open", "tuckle"}).status, 0);
+    ASSERT_TRUE(waitUntil([] { return notch("M1")["mode"] == "tuckle"; }));
+    screenshot("quick-apps-widget");
+    const QJsonObject window = notch("M1")["window"].toObject();
+    const int centre = int(window["x"].toDouble() + window["width"].toDouble() / 2);
+    XvfbServer::current()->run("xdotool", {"mousemove", QString::number(centre - 91),
+                                           QString::number(int(window["y"].toDouble()) + 75), "click", "1"});
+    ASSERT_TRUE(waitUntil([&] { return !readAll(started).isEmpty(); })) << agent.readOutput().toStdString();
+    EXPECT_TRUE(readAll(started).startsWith("kelvane-")) << readAll(started).toStdString();
+
+    // Chosen once, it is there after a restart; taken off, it is not.
+    ASSERT_EQ(ctl({"quit"}).status, 0);
+    RunningAgent again;
+    ASSERT_TRUE(again.waitForNotches(2));
+    EXPECT_EQ(ctlJson({"apps", "list"})["chosen"], QJsonArray{"org.example.Sketch.desktop"});
+    ASSERT_EQ(ctl({"apps", "remove", "org.example.Sketch.desktop"}).status, 0);
+    EXPECT_EQ(ctlJson({"apps", "list"})["chosen"], QJsonArray{});
+}

@@ -28,6 +28,7 @@ Item {
     property SettingsRecord notesSettings: null
     property SettingsRecord todoSettings: null
     property QtObject shortcuts: null
+    property QtObject quickApps: null
     property SettingsRecord shortcutsSettings: null
     property string displayKitId: ""
 
@@ -391,6 +392,7 @@ Item {
                 notesSettings: root.notesSettings
                 todoSettings: root.todoSettings
                 shortcuts: root.shortcuts
+                quickApps: root.quickApps
                 shortcutsSettings: root.shortcutsSettings
                 noteWindows: root.windowsManager.expandedNoteManager
                 displayKitId: root.displayKitId

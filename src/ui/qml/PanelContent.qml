@@ -18,6 +18,7 @@ Item {
     property QtObject notesSettings: null
     property QtObject todoSettings: null
     property QtObject shortcuts: null
+    property QtObject quickApps: null
     property QtObject shortcutsSettings: null
     property QtObject noteWindows: null
     property string displayKitId: ""
@@ -124,7 +125,8 @@ Item {
                         : cell.modelData.kind === "calendar" ? calendarWidget
                         : cell.modelData.kind === "notes" ? notesWidget
                         : cell.modelData.kind === "todoList" ? todoWidget
-                        : cell.modelData.kind === "shortcuts" ? shortcutsWidget : null
+                        : cell.modelData.kind === "shortcuts" ? shortcutsWidget
+                        : cell.modelData.kind === "quickApps" ? quickAppsWidget : null
                 }
             }
         }
@@ -165,6 +167,13 @@ Item {
         ShortcutsWidget {
             shortcuts: panel.shortcuts
             settings: panel.shortcutsSettings
+        }
+    }
+    Component {
+        id: quickAppsWidget
+        QuickAppsWidget {
+            apps: panel.quickApps
+            notchWindow: panel.notchWindow
         }
     }
     Component {
