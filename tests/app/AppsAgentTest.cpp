@@ -17,12 +17,6 @@ using namespace kelvane::test;
 
 namespace {
 
-void screenshot(const QString& name)
-{
-    QThread::msleep(400);
-    QDir().mkpath(KELVANE_ARTIFACTS);
-    XvfbServer::current()->run("import", {"-window", "root", QString(KELVANE_ARTIFACTS) + "/" + name + ".png"});
-}
 
 QJsonObject shortcut(const QString& name)
 {

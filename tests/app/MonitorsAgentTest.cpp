@@ -22,12 +22,6 @@ const QString bluez = "org.bluez";
 const QString headphones = "/org/bluez/hci0/dev_AA_BB_CC_DD_EE_FF";
 
 // Taken once the top bar's fade has ended.
-void screenshot(const QString& name)
-{
-    QThread::msleep(400);
-    QDir().mkpath(KELVANE_ARTIFACTS);
-    XvfbServer::current()->run("import", {"-window", "root", QString(KELVANE_ARTIFACTS) + "/" + name + ".png"});
-}
 
 QString topBar(const QString& screen) { return notch(screen)["topBarText"].toString(); }
 

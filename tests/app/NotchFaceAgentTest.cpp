@@ -36,15 +36,8 @@ bool isBeneath(QRgb pixel) { return qGray(pixel) > 100; }
 bool isBlack(QRgb pixel) { return qGray(pixel) < 40; }
 
 // The whole screen, kept among the build's artifacts under `name`.
-QImage screenshot(const QString& name)
-{
-    const QString artifacts = KELVANE_ARTIFACTS;
-    QDir().mkpath(artifacts);
-    const QString file = artifacts + "/" + name + ".png";
-    QString ignored;
-    XvfbServer::current()->run("import", {"-window", "root", file}, &ignored);
-    return QImage(file);
-}
+// The screen at once, as a picture to look into.
+QImage picture(const QString& name) { return QImage(screenshot(name, 0)); }
 
 int notchCentre()
 {
@@ -93,7 +86,7 @@ Outline settledShape(const QString& name)
     QImage shot;
     for (int i = 0; i < 20; ++i) {
         QThread::msleep(250);
-        shot = screenshot(name);
+        shot = picture(name);
         now = measure(shot, centre);
         if (now.bottom > 0 && now.left == last.left && now.bottom == last.bottom)
             break;
@@ -197,7 +190,7 @@ TEST(NotchFace, IsOneShapeFromTheTopEdgeThatTheMouseOpensHidesAndBringsBack)
     // Its menu keeps it open while it is up, and hides it.
     pointer({"mousemove", QString::number(centre - 100), "20", "click", "3"});
     QThread::msleep(400);
-    screenshot("face-menu");
+    picture("face-menu");
     pointer({"mousemove", QString::number(centre - 100), "400"});
     QThread::msleep(800);
     EXPECT_EQ(mode(), "tray");
@@ -205,7 +198,7 @@ TEST(NotchFace, IsOneShapeFromTheTopEdgeThatTheMouseOpensHidesAndBringsBack)
     pointer({"mousemove", QString::number(centre - 60), QString::number(20 + 44), "click", "1"});
     ASSERT_TRUE(waitUntil([] { return notch("M1")["hidden"].toBool(); }));
     QThread::msleep(600);
-    const QImage hidden = screenshot("face-hidden-handle");
+    const QImage hidden = picture("face-hidden-handle");
     EXPECT_TRUE(isBlack(hidden.pixel(centre, 3)));
     EXPECT_TRUE(isBeneath(hidden.pixel(centre, 12)));
 
@@ -223,7 +216,7 @@ TEST(NotchFace, IsOneShapeFromTheTopEdgeThatTheMouseOpensHidesAndBringsBack)
     QThread::msleep(300);
     pointer({"key", "Right", "Right", "shift+Right"});
     EXPECT_TRUE(waitUntil([&] { return widthFineTune() == 12; }));
-    screenshot("face-calibration");
+    picture("face-calibration");
     pointer({"key", "Return"});
     EXPECT_TRUE(waitUntil([] { return notch("M1")["calibrating"].toString().isEmpty(); }));
 }
@@ -277,7 +270,7 @@ TEST(NotchFace, ScrollSwipesOpenCloseHideAndSkipTracks)
         if (swipe.peeks) {
             EXPECT_TRUE(waitUntil([&] { return notch("M1")["quickPeek"].toString() == swipe.title; }));
             QThread::msleep(500);
-            screenshot(QString("face-quick-peek-%1").arg(swipe.button));
+            picture(QString("face-quick-peek-%1").arg(swipe.button));
         }
     }
     player.kill();

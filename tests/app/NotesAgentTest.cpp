@@ -29,14 +29,6 @@ using namespace kelvane::test;
 
 namespace {
 
-QString screenshot(const QString& name)
-{
-    QThread::msleep(400);
-    QDir().mkpath(KELVANE_ARTIFACTS);
-    const QString path = QString(KELVANE_ARTIFACTS) + "/" + name + ".png";
-    XvfbServer::current()->run("import", {"-window", "root", path});
-    return path;
-}
 
 void xdo(const QStringList& arguments) { XvfbServer::current()->run("xdotool", arguments); }
 

@@ -7,6 +7,7 @@
 #include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
+#include <QThread>
 
 namespace kelvane::test {
 
@@ -26,6 +27,15 @@ Result run(const QString& program, const QStringList& arguments)
     result.out = QString::fromUtf8(process.readAllStandardOutput());
     result.err = QString::fromUtf8(process.readAllStandardError());
     return result;
+}
+
+QString screenshot(const QString& name, int settleMs)
+{
+    QThread::msleep(static_cast<unsigned long>(settleMs));
+    QDir().mkpath(QStringLiteral(KELVANE_ARTIFACTS));
+    const QString path = QStringLiteral(KELVANE_ARTIFACTS "/") + name + QStringLiteral(".png");
+    XvfbServer::current()->run(QStringLiteral("import"), {QStringLiteral("-window"), QStringLiteral("root"), path});
+    return path;
 }
 
 Result ctl(const QStringList& arguments) { return run(binary("kelvanectl"), arguments); }

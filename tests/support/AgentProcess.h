@@ -27,6 +27,10 @@ QStringList trayNames();
 // The state of the notch on the named screen, from `kelvanectl state`.
 QJsonObject notch(const QString& screen);
 
+// The whole virtual screen once what moves has had `settleMs` to come to rest, kept as NAME.png
+// among the build's artifacts; the picture's path.
+QString screenshot(const QString& name, int settleMs = 400);
+
 // The agent as a user starts it, on the test's own session bus and X server.
 struct RunningAgent {
     QProcess process;
