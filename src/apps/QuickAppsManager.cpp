@@ -25,6 +25,12 @@ QuickAppsManager::QuickAppsManager(ApplicationCatalog& catalog, const QString& d
     refresh();
 }
 
+QuickAppsManager::~QuickAppsManager()
+{
+    // The catalog may outlive the row: it no longer reports here.
+    m_catalog.setChangeHandler({});
+}
+
 void QuickAppsManager::refresh()
 {
     m_installed = m_catalog.installed();

@@ -17,6 +17,7 @@ public:
     static constexpr const char* fileName = "quick_apps.json";
 
     QuickAppsManager(ApplicationCatalog& catalog, const QString& dataFolder, QObject* parent = nullptr);
+    ~QuickAppsManager() override;
 
     QStringList chosenIds() const { return m_chosen; }
     QVariantList chosen() const;
