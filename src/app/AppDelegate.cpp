@@ -52,6 +52,9 @@ AppDelegate::~AppDelegate()
     m_liveActivitySelection.setCalendarModel(nullptr);
     m_calendar.reset();
     m_shortcutsSettings.reset();
+    m_mirror.reset();
+    m_camera.reset();
+    m_cameras.reset();
     m_quickApps.reset();
     m_appCatalog.reset();
     m_shortcuts.reset();
@@ -103,6 +106,9 @@ void AppDelegate::applicationDidFinishLaunching()
     m_shortcutsSettings = std::make_unique<SettingsRecordModel>(m_settings, QStringLiteral("shortcutsWidgetSettings"));
     m_appCatalog = std::make_unique<GioApplicationCatalog>();
     m_quickApps = std::make_unique<QuickAppsManager>(*m_appCatalog, dataFolder);
+    m_cameras = std::make_unique<QtCameraDevices>();
+    m_camera = std::make_unique<QtCamera>(*m_cameras);
+    m_mirror = std::make_unique<MirrorController>(*m_cameras, *m_camera, m_settings, m_scheduler);
 
     m_mediaEnvironment = std::make_unique<MprisMediaEnvironment>(QDBusConnection::sessionBus(),
                                                                  QDBusConnection::systemBus());
@@ -150,7 +156,7 @@ void AppDelegate::applicationDidFinishLaunching()
     m_widgetGrid = std::make_unique<WidgetGridModel>(m_settings, std::set{TuckleWidget::media, TuckleWidget::timer,
                                                                           TuckleWidget::calendar, TuckleWidget::notes,
                                                                           TuckleWidget::todoList, TuckleWidget::shortcuts,
-                                                                          TuckleWidget::quickApps});
+                                                                          TuckleWidget::quickApps, TuckleWidget::mirror});
     m_windowFactory.setServices({
         {QStringLiteral("widgetGrid"), QVariant::fromValue(static_cast<QObject*>(m_widgetGrid.get()))},
         {QStringLiteral("liveActivity"), QVariant::fromValue(static_cast<QObject*>(m_selectedLiveActivity.get()))},
@@ -168,6 +174,8 @@ void AppDelegate::applicationDidFinishLaunching()
         {QStringLiteral("shortcuts"), QVariant::fromValue(static_cast<QObject*>(m_shortcuts.get()))},
         {QStringLiteral("quickApps"), QVariant::fromValue(static_cast<QObject*>(m_quickApps.get()))},
         {QStringLiteral("shortcutsSettings"), QVariant::fromValue(static_cast<QObject*>(m_shortcutsSettings.get()))},
+        {QStringLiteral("mirror"), QVariant::fromValue(static_cast<QObject*>(m_mirror.get()))},
+        {QStringLiteral("mirrorCamera"), QVariant::fromValue(static_cast<QObject*>(m_camera.get()))},
     });
 
     // Every notch takes drops: they open it into its drop area and land in the tray or a pipeline.

@@ -7,6 +7,8 @@
 #include "activities/SelectedLiveActivity.h"
 #include "apps/QuickAppsManager.h"
 #include "apps/ShortcutsManager.h"
+#include "mirror/MirrorController.h"
+#include "platform/linux/QtCamera.h"
 #include "calendar/CalendarFileList.h"
 #include "calendar/CalendarManager.h"
 #include "core/QtScheduler.h"
@@ -93,6 +95,8 @@ public:
     BluetoothManager* bluetooth() const { return m_bluetooth.get(); }
     CalendarManager* calendar() const { return m_calendar.get(); }
     ShortcutsManager* shortcuts() const { return m_shortcuts.get(); }
+    MirrorController* mirror() const { return m_mirror.get(); }
+    CameraDevices* cameras() const { return m_cameras.get(); }
     QuickAppsManager* quickApps() const { return m_quickApps.get(); }
     CalendarFileList* calendarFiles() const { return m_calendarFiles.get(); }
     NotesManager* notes() const { return m_notes.get(); }
@@ -128,6 +132,9 @@ private:
     std::unique_ptr<CalendarFileList> m_calendarFiles;
     std::unique_ptr<ShortcutsManager> m_shortcuts;
     std::unique_ptr<SettingsRecordModel> m_shortcutsSettings;
+    std::unique_ptr<QtCameraDevices> m_cameras;
+    std::unique_ptr<QtCamera> m_camera;
+    std::unique_ptr<MirrorController> m_mirror;
     std::unique_ptr<GioApplicationCatalog> m_appCatalog;
     std::unique_ptr<QuickAppsManager> m_quickApps;
     std::unique_ptr<EdsCalendarSource> m_edsCalendars;

@@ -442,6 +442,25 @@ void ScriptingService::AppRemove(const QString& id)
     failOn(error.isEmpty() ? std::nullopt : std::optional(error));
 }
 
+QString ScriptingService::Mirror()
+{
+    if (!ready())
+        return {};
+    const MirrorController& mirror = *m_delegate->mirror();
+    QJsonArray cameras;
+    for (const CameraInfo& camera : m_delegate->cameras()->cameras())
+        cameras.append(QJsonObject{{QStringLiteral("id"), camera.id},
+                                   {QStringLiteral("description"), camera.description},
+                                   {QStringLiteral("default"), camera.isDefault}});
+    return indented(QJsonObject{
+        {QStringLiteral("state"), mirror.state()},
+        {QStringLiteral("message"), mirror.message()},
+        {QStringLiteral("device"), mirror.deviceId()},
+        {QStringLiteral("open"), mirror.isOpen()},
+        {QStringLiteral("cameras"), cameras},
+    });
+}
+
 QString ScriptingService::Shortcuts()
 {
     if (!ready())

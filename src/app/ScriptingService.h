@@ -64,6 +64,8 @@ public Q_SLOTS:
     void AppAdd(const QString& id);
     void AppRemove(const QString& id);
     QString Shortcuts();
+    // The mirror's state and message, the camera chosen, whether it is open, and every camera.
+    QString Mirror();
     // Answers once it has started; the files are its arguments (none: the tray's selection).
     void ShortcutRun(const QString& name, const QStringList& files);
     void ShortcutStop(const QString& name);

@@ -34,6 +34,9 @@ int main(int argc, char** argv)
     // server the agent still runs, its notches kept off screen.
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "xcb;offscreen");
+    // Cameras come through Qt Multimedia's GStreamer back end, which the camera list is checked against.
+    if (qEnvironmentVariableIsEmpty("QT_MEDIA_BACKEND"))
+        qputenv("QT_MEDIA_BACKEND", "gstreamer");
 
     QGuiApplication app(argc, argv);
     QGuiApplication::setApplicationName(QStringLiteral("kelvane"));

@@ -116,6 +116,8 @@ std::optional<Request> parse(QStringList args, QString& error)
         error = QStringLiteral("use apps list [SEARCH], add ID or remove ID.");
         return std::nullopt;
     }
+    if (command == QLatin1StringView("mirror") && rest.isEmpty())
+        return Request{QStringLiteral("Mirror"), {}};
     if (command == QLatin1StringView("shortcuts")) {
         const QString action = rest.value(0);
         if (action == QLatin1StringView("list") && rest.size() == 1)

@@ -52,6 +52,7 @@ Commands:
   todo remove ID                     delete a to-do
   apps list [SEARCH]                 the quick apps' ids in order, and the installed applications (matching SEARCH) with id, name, chosen
   apps add|remove ID                 put an application (its desktop entry id) on the quick apps row, or take it off
+  mirror                             the camera mirror: state, message, device, open, and the cameras
   shortcuts list                     the programs in the shortcuts folder: name, path, executable, shown, state, exitStatus, lastLine
   shortcuts run NAME [FILE...]       run one with these files (none: the files selected in the tray)
   shortcuts stop NAME                ask a running shortcut to end, and end it if it does not

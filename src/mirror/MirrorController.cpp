@@ -6,25 +6,22 @@
 
 namespace kelvane {
 
-MirrorController::MirrorController(CameraDevices& devices, Camera& camera, SettingsStore& settings, QObject* parent)
+MirrorController::MirrorController(
+    CameraDevices& devices, Camera& camera, SettingsStore& settings, Scheduler& scheduler, QObject* parent)
     : QObject(parent)
     , m_devices(devices)
     , m_camera(camera)
     , m_defaultDevice(settings, Keys::defaultMirrorDevice(), this, [this](const QString&) { update(); })
     , m_automatic(settings, Keys::mirrorCameraInputWhenAvail(), this, [this](bool) { update(); })
+    , m_scheduler(scheduler)
 {
     m_camera.started = [this] {
-        if (m_open)
-            set(QStringLiteral("showing"));
-    };
-    m_camera.failed = [this](const QString& reason) {
         if (!m_open)
             return;
-        closeCamera();
-        // Asked again only by the user: a camera in use stays in use for a while.
-        m_asked = false;
-        set(QStringLiteral("failed"), reason);
+        m_timeout.cancel();
+        set(QStringLiteral("showing"));
     };
+    m_camera.failed = [this](const QString& reason) { fail(reason); };
     m_devices.setChangeHandler([this] { update(); });
     update();
 }
@@ -48,15 +45,36 @@ QString MirrorController::chosenDevice(const std::vector<CameraInfo>& cameras) c
     return system != cameras.end() ? system->id : cameras.front().id;
 }
 
-void MirrorController::setShown(bool shown)
+void MirrorController::setShown(bool shown, QObject* viewer)
 {
-    if (m_shown == shown)
+    const bool wasShown = !m_viewers.isEmpty();
+    if (shown == m_viewers.contains(viewer))
         return;
-    m_shown = shown;
+    if (shown) {
+        m_viewers.insert(viewer);
+        if (viewer)
+            connect(viewer, &QObject::destroyed, this, [this, viewer] { setShown(false, viewer); });
+    } else {
+        m_viewers.remove(viewer);
+        if (viewer)
+            disconnect(viewer, &QObject::destroyed, this, nullptr);
+    }
+    if (wasShown == !m_viewers.isEmpty())
+        return;
     // Each time the widget shows, a click starts the camera again unless it starts by itself.
     if (!shown)
         m_asked = false;
     update();
+}
+
+void MirrorController::fail(const QString& reason)
+{
+    if (!m_open)
+        return;
+    closeCamera();
+    // Asked again only by the user: a camera in use stays in use for a while.
+    m_asked = false;
+    set(QStringLiteral("failed"), reason);
 }
 
 void MirrorController::start()
@@ -69,7 +87,7 @@ void MirrorController::update()
 {
     const std::vector<CameraInfo> cameras = m_devices.cameras();
     const QString device = chosenDevice(cameras);
-    if (!m_shown) {
+    if (m_viewers.isEmpty()) {
         closeCamera();
         m_device = device;
         set(device.isEmpty() ? QStringLiteral("noCamera") : QStringLiteral("waiting"));
@@ -97,6 +115,7 @@ void MirrorController::openCamera(const QString& id)
 {
     m_open = true;
     set(QStringLiteral("starting"));
+    m_timeout = m_scheduler.schedule(startTimeout, [this] { fail(QStringLiteral("The camera did not answer.")); });
     m_camera.open(id);
 }
 
@@ -105,6 +124,7 @@ void MirrorController::closeCamera()
     if (!m_open)
         return;
     m_open = false;
+    m_timeout.cancel();
     m_camera.close();
 }
 

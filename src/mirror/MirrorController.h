@@ -1,8 +1,10 @@
 #pragma once
 
+#include "core/Scheduler.h"
 #include "settings/SettingValue.h"
 
 #include <QObject>
+#include <QSet>
 #include <QString>
 
 #include <functional>
@@ -39,7 +41,7 @@ public:
 // The camera mirror: the camera is open only while the widget is on screen, from the chosen device
 // (`defaultMirrorDevice` when it is there, else the system's default), and starts by itself or on
 // a click as `mirrorCameraInputWhenAvail` says. No camera, one in use, or one unplugged while
-// shown: a message, and the rest goes on.
+// shown: a message, and the rest goes on. A camera that does not answer in time is given up.
 class MirrorController : public QObject {
     Q_OBJECT
     // "noCamera", "waiting" (for a click), "starting", "showing" or "failed".
@@ -47,7 +49,10 @@ class MirrorController : public QObject {
     Q_PROPERTY(QString message READ message NOTIFY changed)
     Q_PROPERTY(QString deviceId READ deviceId NOTIFY changed)
 public:
-    MirrorController(CameraDevices& devices, Camera& camera, SettingsStore& settings, QObject* parent = nullptr);
+    static constexpr std::chrono::seconds startTimeout{8};
+
+    MirrorController(CameraDevices& devices, Camera& camera, SettingsStore& settings, Scheduler& scheduler,
+        QObject* parent = nullptr);
     ~MirrorController() override;
 
     QString state() const { return m_state; }
@@ -56,8 +61,9 @@ public:
     QString deviceId() const { return m_device; }
     bool isOpen() const { return m_open; }
 
-    // Whether the widget is on screen (the panel open on it).
-    Q_INVOKABLE void setShown(bool shown);
+    // Whether a widget is on screen (a panel open on it). Each screen's widget is its own viewer;
+    // the camera is open while any of them shows.
+    Q_INVOKABLE void setShown(bool shown, QObject* viewer = nullptr);
     // The user asks for the picture (or to try again).
     Q_INVOKABLE void start();
 
@@ -69,13 +75,16 @@ private:
     void update();
     void openCamera(const QString& id);
     void closeCamera();
+    void fail(const QString& reason);
     void set(const QString& state, const QString& message = {});
 
     CameraDevices& m_devices;
     Camera& m_camera;
     SettingValue<QString> m_defaultDevice;
     SettingValue<bool> m_automatic;
-    bool m_shown = false;
+    Scheduler& m_scheduler;
+    QSet<QObject*> m_viewers;
+    ScheduledTask m_timeout;
     bool m_asked = false;
     bool m_open = false;
     QString m_device;

@@ -1,3 +1,4 @@
+#include "LiveImage.h"
 #include "QuickNotchWindowFactory.h"
 
 #include "ImageProviders.h"
@@ -62,6 +63,7 @@ void registerTypes()
     qmlRegisterUncreatableType<TrayFile>(uri, 1, 0, "TrayFile", application);
     qmlRegisterUncreatableType<DropZone>(uri, 1, 0, "DropZone", owned);
     qmlRegisterType<NotchDropView>(uri, 1, 0, "NotchDropView");
+    qmlRegisterType<LiveImage>(uri, 1, 0, "LiveImage");
     qmlRegisterType<NotchShape>(uri, 1, 0, "NotchShape");
     qmlRegisterType<CodeHighlighter>(uri, 1, 0, "CodeHighlighter");
     qmlRegisterSingletonType<MarkdownRendering>(

@@ -1,5 +1,6 @@
 #include "mirror/MirrorController.h"
 
+#include "core/ManualScheduler.h"
 #include "settings/Keys.h"
 
 #include <gtest/gtest.h>
@@ -43,13 +44,14 @@ struct World {
     SettingsStore settings{domain};
     FakeDevices devices;
     FakeCamera camera;
+    ManualScheduler scheduler;
     std::unique_ptr<MirrorController> mirror;
     explicit World(std::vector<CameraInfo> cameras, const QString& chosen = {}, bool automatic = true)
     {
         devices.list = std::move(cameras);
         settings.setValue(Keys::defaultMirrorDevice(), chosen);
         settings.setValue(Keys::mirrorCameraInputWhenAvail(), automatic);
-        mirror = std::make_unique<MirrorController>(devices, camera, settings);
+        mirror = std::make_unique<MirrorController>(devices, camera, settings, scheduler);
     }
 };
 
@@ -140,4 +142,42 @@ TEST(Mirror, ACameraInUseOrUnpluggedSaysSoAndTheRestGoesOn)
     // Plugged in again while shown: it starts by itself.
     world.devices.set({usb});
     EXPECT_EQ(world.camera.openId, "1");
+}
+
+TEST(Mirror, ACameraThatDoesNotAnswerIsGivenUp)
+{
+    World world({builtIn});
+    world.mirror->setShown(true);
+    world.scheduler.advance(MirrorController::startTimeout - std::chrono::milliseconds(1));
+    EXPECT_EQ(world.mirror->state(), "starting");
+    world.scheduler.advance(std::chrono::milliseconds(1));
+    EXPECT_EQ(world.mirror->state(), "failed");
+    EXPECT_EQ(world.mirror->message(), "The camera did not answer.");
+    EXPECT_EQ(world.camera.openId, QString());
+    // A late answer from the camera given up changes nothing.
+    world.camera.started();
+    EXPECT_EQ(world.mirror->state(), "failed");
+
+    // One that answers in time is not given up later.
+    world.mirror->start();
+    world.camera.started();
+    world.scheduler.advance(MirrorController::startTimeout * 2);
+    EXPECT_EQ(world.mirror->state(), "showing");
+}
+
+TEST(Mirror, TheCameraStaysOpenWhileAnyScreensWidgetShows)
+{
+    World world({builtIn});
+    QObject left;
+    auto right = std::make_unique<QObject>();
+    world.mirror->setShown(true, &left);
+    world.mirror->setShown(true, right.get());
+    world.mirror->setShown(true, right.get());
+    EXPECT_EQ(world.camera.opened.size(), 1);
+    world.mirror->setShown(false, &left);
+    EXPECT_EQ(world.camera.openId, "0");
+    // A widget unloaded without saying so no longer holds the camera.
+    right.reset();
+    EXPECT_EQ(world.camera.openId, QString());
+    EXPECT_EQ(world.camera.closes, 1);
 }

@@ -30,6 +30,8 @@ Item {
     property QtObject shortcuts: null
     property QtObject quickApps: null
     property SettingsRecord shortcutsSettings: null
+    property QtObject mirror: null
+    property QtObject mirrorCamera: null
     property string displayKitId: ""
 
     readonly property bool isOpen: kelvane.modeName !== "closed"
@@ -394,6 +396,8 @@ Item {
                 shortcuts: root.shortcuts
                 quickApps: root.quickApps
                 shortcutsSettings: root.shortcutsSettings
+                mirror: root.mirror
+                mirrorCamera: root.mirrorCamera
                 noteWindows: root.windowsManager.expandedNoteManager
                 displayKitId: root.displayKitId
                 notchWindow: root.notchWindow

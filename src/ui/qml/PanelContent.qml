@@ -20,6 +20,8 @@ Item {
     property QtObject shortcuts: null
     property QtObject quickApps: null
     property QtObject shortcutsSettings: null
+    property QtObject mirror: null
+    property QtObject mirrorCamera: null
     property QtObject noteWindows: null
     property string displayKitId: ""
     property QtObject notchWindow: null
@@ -126,7 +128,8 @@ Item {
                         : cell.modelData.kind === "notes" ? notesWidget
                         : cell.modelData.kind === "todoList" ? todoWidget
                         : cell.modelData.kind === "shortcuts" ? shortcutsWidget
-                        : cell.modelData.kind === "quickApps" ? quickAppsWidget : null
+                        : cell.modelData.kind === "quickApps" ? quickAppsWidget
+                        : cell.modelData.kind === "mirror" ? mirrorWidget : null
                 }
             }
         }
@@ -174,6 +177,13 @@ Item {
         QuickAppsWidget {
             apps: panel.quickApps
             notchWindow: panel.notchWindow
+        }
+    }
+    Component {
+        id: mirrorWidget
+        MirrorWidget {
+            mirror: panel.mirror
+            camera: panel.mirrorCamera
         }
     }
     Component {
