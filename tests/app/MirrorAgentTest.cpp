@@ -4,7 +4,10 @@
 #include "support/ScopedEnvironment.h"
 #include "support/SessionBus.h"
 
+#include <QDir>
 #include <QImage>
+#include <QJsonArray>
+#include <QJsonDocument>
 
 #include <gtest/gtest.h>
 
@@ -62,6 +65,10 @@ TEST(MirrorAgent, TheCameraShowsWhileTheWidgetIsOnScreenAndIsLetGoOfWhenThePanel
 {
     REQUIRE_PIPEWIRE();
     TemporaryHome home;
+    // GStreamer's plugin registry is shared between the tests' fresh homes: built once, not by each
+    // agent again (which takes seconds under the sanitizers).
+    ScopedEnvironment env;
+    env.set("GST_REGISTRY_1_0", QByteArray(KELVANE_ARTIFACTS) + "/gstreamer-registry.bin");
     SessionBus session;
     PipeWireCamera camera(true, "smpte");
     ASSERT_TRUE(PipeWireCamera::offered());
@@ -74,7 +81,8 @@ TEST(MirrorAgent, TheCameraShowsWhileTheWidgetIsOnScreenAndIsLetGoOfWhenThePanel
 
     for (int round = 0; round < 2; ++round) {
         ASSERT_EQ(ctl({"open", "tuckle"}).status, 0);
-        ASSERT_TRUE(waitUntil([] { return mirror()["state"] == "showing"; }, 10000)) << agent.readOutput().toStdString();
+        ASSERT_TRUE(waitUntil([] { return mirror()["state"] == "showing"; }, 30000))
+            << QJsonDocument(mirror()).toJson().toStdString() << agent.readOutput().toStdString();
         EXPECT_EQ(PipeWireCamera::readers(), 1);
         const QString picture = screenshot("mirror-test-camera", 600);
         // The colour bars show: red, and yellow beside it.
