@@ -65,6 +65,12 @@ AppDelegate::~AppDelegate()
     m_windowStack.reset();
     m_bluetooth.reset();
     m_bluetoothSource.reset();
+    m_tuckleSettings.reset();
+    m_mediaStyle.reset();
+    m_visualizer.reset();
+    m_audioCapture.reset();
+    m_wallpaper.reset();
+    m_wallpaperSource.reset();
     m_power.reset();
     m_powerSource.reset();
     m_media.reset();
@@ -117,6 +123,19 @@ void AppDelegate::applicationDidFinishLaunching()
     m_powerSource = std::make_unique<UPowerSource>(QDBusConnection::systemBus());
     m_power = std::make_unique<PowerMonitor>(
         PowerMonitor::Dependencies{*m_powerSource, m_timers, m_liveActivities, m_settings});
+    // The desktop picture's colours, and the effects that use them and the sound.
+    m_wallpaperSource = std::make_unique<DesktopWallpaperSource>();
+    m_wallpaper = std::make_unique<CurrentWallpaperManager>(*m_wallpaperSource);
+    emitLine(QStringLiteral("[Effects] The desktop picture comes from %1.").arg(m_wallpaperSource->description()));
+    m_wallpaper->refresh();
+    m_audioCapture = std::make_unique<PulseAudioCapture>();
+    m_visualizer = std::make_unique<AudioVisualizer>(*m_audioCapture, m_settings);
+    m_mediaStyle = std::make_unique<MediaEffectStyle>(m_settings, m_wallpaper.get());
+    m_tuckleSettings = std::make_unique<SettingsRecordModel>(m_settings, QStringLiteral("tuckleSettings"));
+    connect(m_media.get(), &MediaManager::isPlayingChanged, m_visualizer.get(),
+            [this] { m_visualizer->setPlaying(m_media->isPlaying()); });
+    connect(m_media.get(), &MediaManager::trackChanged, m_mediaStyle.get(),
+            [this] { m_mediaStyle->setArtwork(m_media->albumId(), m_media->track().albumArt); });
 
     // The tray comes back as it was left.
     m_sharing = std::make_unique<DesktopSharing>(QDBusConnection::sessionBus());
@@ -176,6 +195,10 @@ void AppDelegate::applicationDidFinishLaunching()
         {QStringLiteral("shortcutsSettings"), QVariant::fromValue(static_cast<QObject*>(m_shortcutsSettings.get()))},
         {QStringLiteral("mirror"), QVariant::fromValue(static_cast<QObject*>(m_mirror.get()))},
         {QStringLiteral("mirrorCamera"), QVariant::fromValue(static_cast<QObject*>(m_camera.get()))},
+        {QStringLiteral("visualizer"), QVariant::fromValue(static_cast<QObject*>(m_visualizer.get()))},
+        {QStringLiteral("mediaStyle"), QVariant::fromValue(static_cast<QObject*>(m_mediaStyle.get()))},
+        {QStringLiteral("wallpaper"), QVariant::fromValue(static_cast<QObject*>(m_wallpaper.get()))},
+        {QStringLiteral("tuckleSettings"), QVariant::fromValue(static_cast<QObject*>(m_tuckleSettings.get()))},
     });
 
     // Every notch takes drops: they open it into its drop area and land in the tray or a pipeline.

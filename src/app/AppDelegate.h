@@ -35,6 +35,11 @@
 #include "platform/linux/MimePasteboard.h"
 #include "platform/linux/MprisMediaEnvironment.h"
 #include "platform/linux/PulseVolumeService.h"
+#include "platform/linux/PulseAudioCapture.h"
+#include "platform/linux/DesktopWallpaperSource.h"
+#include "effects/AudioVisualizer.h"
+#include "effects/CurrentWallpaperManager.h"
+#include "effects/MediaEffectStyle.h"
 #include "platform/linux/QtProcessRunner.h"
 #include "platform/linux/QtScreenProvider.h"
 #include "platform/linux/SessionWakeEvents.h"
@@ -143,6 +148,12 @@ private:
     std::unique_ptr<MediaManager> m_media;
     std::unique_ptr<UPowerSource> m_powerSource;
     std::unique_ptr<PowerMonitor> m_power;
+    std::unique_ptr<DesktopWallpaperSource> m_wallpaperSource;
+    std::unique_ptr<CurrentWallpaperManager> m_wallpaper;
+    std::unique_ptr<PulseAudioCapture> m_audioCapture;
+    std::unique_ptr<AudioVisualizer> m_visualizer;
+    std::unique_ptr<MediaEffectStyle> m_mediaStyle;
+    std::unique_ptr<SettingsRecordModel> m_tuckleSettings;
     std::unique_ptr<BluezSource> m_bluetoothSource;
     std::unique_ptr<BluetoothManager> m_bluetooth;
     std::unique_ptr<X11WindowStack> m_windowStack;

@@ -14,6 +14,12 @@ MirrorController::MirrorController(
     , m_defaultDevice(settings, Keys::defaultMirrorDevice(), this, [this](const QString&) { update(); })
     , m_automatic(settings, Keys::mirrorCameraInputWhenAvail(), this, [this](bool) { update(); })
     , m_scheduler(scheduler)
+    , m_viewers([this](bool any) {
+        // Each time the widget shows, a click starts the camera again unless it starts by itself.
+        if (!any)
+            m_asked = false;
+        update();
+    })
 {
     m_camera.started = [this] {
         if (!m_open)
@@ -45,27 +51,7 @@ QString MirrorController::chosenDevice(const std::vector<CameraInfo>& cameras) c
     return system != cameras.end() ? system->id : cameras.front().id;
 }
 
-void MirrorController::setShown(bool shown, QObject* viewer)
-{
-    const bool wasShown = !m_viewers.isEmpty();
-    if (shown == m_viewers.contains(viewer))
-        return;
-    if (shown) {
-        m_viewers.insert(viewer);
-        if (viewer)
-            connect(viewer, &QObject::destroyed, this, [this, viewer] { setShown(false, viewer); });
-    } else {
-        m_viewers.remove(viewer);
-        if (viewer)
-            disconnect(viewer, &QObject::destroyed, this, nullptr);
-    }
-    if (wasShown == !m_viewers.isEmpty())
-        return;
-    // Each time the widget shows, a click starts the camera again unless it starts by itself.
-    if (!shown)
-        m_asked = false;
-    update();
-}
+void MirrorController::setShown(bool shown, QObject* viewer) { m_viewers.set(shown, viewer); }
 
 void MirrorController::fail(const QString& reason)
 {
@@ -87,7 +73,7 @@ void MirrorController::update()
 {
     const std::vector<CameraInfo> cameras = m_devices.cameras();
     const QString device = chosenDevice(cameras);
-    if (m_viewers.isEmpty()) {
+    if (!m_viewers.any()) {
         closeCamera();
         m_device = device;
         set(device.isEmpty() ? QStringLiteral("noCamera") : QStringLiteral("waiting"));

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/Scheduler.h"
+#include "core/Viewers.h"
 #include "settings/SettingValue.h"
 
 #include <QObject>
@@ -83,7 +84,7 @@ private:
     SettingValue<QString> m_defaultDevice;
     SettingValue<bool> m_automatic;
     Scheduler& m_scheduler;
-    QSet<QObject*> m_viewers;
+    Viewers m_viewers;
     ScheduledTask m_timeout;
     bool m_asked = false;
     bool m_open = false;

@@ -11,6 +11,8 @@
 #include "CodeHighlighter.h"
 #include "MarkdownRendering.h"
 #include "SettingsRecordModel.h"
+#include "SoundShape.h"
+#include "RoundedImage.h"
 #include "activities/BluetoothManager.h"
 #include "activities/PowerMonitor.h"
 #include "activities/SelectedLiveActivity.h"
@@ -64,6 +66,8 @@ void registerTypes()
     qmlRegisterUncreatableType<DropZone>(uri, 1, 0, "DropZone", owned);
     qmlRegisterType<NotchDropView>(uri, 1, 0, "NotchDropView");
     qmlRegisterType<LiveImage>(uri, 1, 0, "LiveImage");
+    qmlRegisterType<SoundShape>(uri, 1, 0, "SoundShape");
+    qmlRegisterType<RoundedImage>(uri, 1, 0, "RoundedImage");
     qmlRegisterType<NotchShape>(uri, 1, 0, "NotchShape");
     qmlRegisterType<CodeHighlighter>(uri, 1, 0, "CodeHighlighter");
     qmlRegisterSingletonType<MarkdownRendering>(

@@ -2,6 +2,7 @@
 #include "support/Polling.h"
 #include "support/ScopedEnvironment.h"
 #include "support/SessionBus.h"
+#include "support/SoundServer.h"
 #include "support/XvfbServer.h"
 
 #include <QDir>
@@ -17,31 +18,6 @@
 using namespace kelvane::test;
 
 namespace {
-// A real sound server for the test alone: PulseAudio with a null output, in its own runtime folder.
-struct SoundServer {
-    QProcess server;
-    explicit SoundServer(ScopedEnvironment& env, const QString& runtime)
-    {
-        QDir().mkpath(runtime);
-        QFile::setPermissions(runtime, QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
-        env.set("XDG_RUNTIME_DIR", runtime.toUtf8());
-        server.start("pulseaudio", {"--daemonize=no", "-n", "--exit-idle-time=-1", "--disallow-exit",
-                                    "-L", "module-null-sink", "-L", "module-native-protocol-unix"});
-    }
-    ~SoundServer()
-    {
-        server.kill();
-        server.waitForFinished(3000);
-    }
-    static bool ready() { return run("pactl", {"info"}).status == 0; }
-    // The output's level from the server itself, 0 to 1.
-    static double level()
-    {
-        const auto match = QRegularExpression("(\\d+)%").match(run("pactl", {"get-sink-volume", "@DEFAULT_SINK@"}).out);
-        return match.hasMatch() ? match.captured(1).toDouble() / 100 : -1;
-    }
-};
-
 QJsonValue indicator() { return notch("M1")["indicator"]; }
 void press(const char* key) { run("xdotool", {"key", key}); }
 
@@ -79,8 +55,9 @@ TEST(VolumeKeysAgent, ShowsTheServersLevelForASecondAfterTheLastPress)
     TemporaryHome home;
     SessionBus bus;
     ScopedEnvironment env;
-    SoundServer sound(env, home.path() + "/runtime");
-    ASSERT_TRUE(waitUntil([] { return SoundServer::ready(); }, 10000)) << sound.server.readAllStandardError().toStdString();
+    REQUIRE_PULSEAUDIO();
+    SoundServer sound(home.path() + "/runtime");
+    ASSERT_TRUE(SoundServer::ready());
     ASSERT_EQ(run("pactl", {"set-sink-volume", "@DEFAULT_SINK@", "50%"}).status, 0);
     const QString backlight = makeBacklight(home, env);
 

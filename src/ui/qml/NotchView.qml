@@ -32,6 +32,10 @@ Item {
     property SettingsRecord shortcutsSettings: null
     property QtObject mirror: null
     property QtObject mirrorCamera: null
+    property QtObject visualizer: null
+    property QtObject mediaStyle: null
+    property QtObject wallpaper: null
+    property SettingsRecord tuckleSettings: null
     property string displayKitId: ""
 
     readonly property bool isOpen: kelvane.modeName !== "closed"
@@ -64,8 +68,11 @@ Item {
     readonly property real activityTextWidth: Math.min(activityMetrics.advanceWidth, drawn.height * 5)
     TextMetrics { id: activityMetrics; font.pixelSize: root.activityFontSize; text: root.activityText }
     readonly property bool showsArtwork: activityName === "media" && media !== null && media.hasArtwork
+    // What plays moves beside its title: the bars, a wave, a trembling ring or an animation.
+    readonly property bool showsEffect: activityName === "media" && media !== null && media.hasTrack
+    readonly property real effectWidth: showsEffect ? drawn.height * 1.1 : 0
     readonly property real activityWing: activityName === "" ? 0
-        : Math.max(drawn.height * 1.25, activityTextWidth + drawn.height * 0.75)
+        : Math.max(drawn.height * 1.25, activityTextWidth + effectWidth + drawn.height * (showsEffect ? 1.0 : 0.75))
     readonly property real wing: Math.max(indicatorWing, activityWing)
 
     // New content peeking out of the closed notch for a moment: two lines below the top bar.
@@ -317,10 +324,13 @@ Item {
             radius: 2
             color: "#555555"
             Rectangle {
+                objectName: "indicatorLevel"
                 width: parent.width * Math.max(0, Math.min(1, root.kelvane.indicatorValue.value))
                 height: parent.height
                 radius: 2
-                color: "white"
+                // The volume takes the colour of what plays, unless a plain indicator was asked for.
+                color: root.kelvane.indicatorValue.kind === 1 && root.mediaStyle && !root.mediaStyle.plainIndicator
+                       && root.media && root.media.isPlaying ? root.mediaStyle.accent : "white"
             }
         }
 
@@ -347,24 +357,36 @@ Item {
                 width: root.drawn.height * 0.6
                 height: width
             }
-            Image {
+            RoundedImage {
+                objectName: "topBarArtwork"
                 visible: root.showsArtwork
                 anchors.left: parent.left
                 anchors.leftMargin: root.drawn.height * 0.3
                 anchors.verticalCenter: parent.verticalCenter
                 width: root.drawn.height * 0.7
                 height: width
-                source: visible ? "image://media/" + encodeURIComponent(root.media.albumId) : ""
-                sourceSize: Qt.size(64, 64)
-                fillMode: Image.PreserveAspectCrop
-                cache: false
+                image: root.mediaStyle ? root.mediaStyle.artwork : null
+                // The corner is set for a full-size artwork; the top bar's small one is rounded alike.
+                radius: root.mediaStyle ? root.mediaStyle.albumCornerRadius * width / 32 : 0
+            }
+            MediaEffect {
+                objectName: "topBarEffect"
+                visible: root.showsEffect
+                anchors.right: parent.right
+                anchors.rightMargin: root.drawn.height * 0.3
+                anchors.verticalCenter: parent.verticalCenter
+                width: root.effectWidth
+                height: root.drawn.height * 0.55
+                style: root.mediaStyle
+                visualizer: root.visualizer
+                playing: root.media ? root.media.isPlaying : false
             }
             Text {
                 objectName: "topBarText"
                 width: root.activityTextWidth
                 elide: Text.ElideRight
                 anchors.right: parent.right
-                anchors.rightMargin: root.drawn.height * 0.35
+                anchors.rightMargin: root.drawn.height * 0.35 + (root.showsEffect ? root.effectWidth + root.drawn.height * 0.25 : 0)
                 anchors.verticalCenter: parent.verticalCenter
                 text: root.activityText
                 color: "white"

@@ -1,0 +1,55 @@
+#pragma once
+
+#include "effects/PerlinNoise.h"
+
+#include <QColor>
+#include <QElapsedTimer>
+#include <QQuickPaintedItem>
+
+namespace kelvane {
+
+// A shape that moves with the sound: the spectrum's bars ("audioSpectrograph"), a wave line across
+// the item ("waves") or a ring whose rim noise pushes out and in ("vibratingCircle"). It is drawn again only when the
+// sound's level changes, so it stands still when nothing plays and costs nothing then; drawn with a painter, it looks
+// the same under every scene renderer.
+class SoundShape : public QQuickPaintedItem {
+    Q_OBJECT
+    Q_PROPERTY(QString kind READ kind WRITE setKind NOTIFY changed)
+    Q_PROPERTY(QColor color READ color WRITE setColor NOTIFY changed)
+    // The overall loudness, 0 to 1.
+    Q_PROPERTY(qreal level READ level WRITE setLevel NOTIFY changed)
+    // The bands' loudness, low to high: the wave's detail.
+    Q_PROPERTY(QList<qreal> bars READ bars WRITE setBars NOTIFY changed)
+public:
+    explicit SoundShape(QQuickItem* parent = nullptr);
+
+    QString kind() const { return m_kind; }
+    void setKind(const QString& kind);
+    QColor color() const { return m_color; }
+    void setColor(const QColor& color);
+    qreal level() const { return m_level; }
+    void setLevel(qreal level);
+    QList<qreal> bars() const { return m_bars; }
+    void setBars(const QList<qreal>& bars);
+
+    void paint(QPainter* painter) override;
+
+Q_SIGNALS:
+    void changed();
+
+private:
+    // Seconds since the item was made: where the noise is read.
+    double now() const { return m_clock.elapsed() / 1000.0; }
+    void paintWave(QPainter* painter, double time);
+    void paintCircle(QPainter* painter, double time);
+    void paintBars(QPainter* painter);
+
+    QString m_kind = QStringLiteral("waves");
+    QColor m_color = Qt::white;
+    qreal m_level = 0;
+    QList<qreal> m_bars;
+    PerlinNoise m_noise{7};
+    QElapsedTimer m_clock;
+};
+
+} // namespace kelvane
