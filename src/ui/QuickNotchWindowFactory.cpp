@@ -1,5 +1,5 @@
-#include "LiveImage.h"
 #include "QuickNotchWindowFactory.h"
+#include "LiveImage.h"
 
 #include "ImageProviders.h"
 #include "NotchDropView.h"
@@ -10,9 +10,9 @@
 
 #include "CodeHighlighter.h"
 #include "MarkdownRendering.h"
+#include "RoundedImage.h"
 #include "SettingsRecordModel.h"
 #include "SoundShape.h"
-#include "RoundedImage.h"
 #include "activities/BluetoothManager.h"
 #include "activities/PowerMonitor.h"
 #include "activities/SelectedLiveActivity.h"

@@ -394,6 +394,21 @@ Item {
             }
         }
 
+        // Behind the widgets of the open panel, the chosen moving backdrop, dimmed so that the
+        // widgets read well on it; it moves only while the panel is open on the widgets.
+        Backdrop {
+            objectName: "panelBackdrop"
+            anchors.fill: parent
+            readonly property var record: root.tuckleSettings ? root.tuckleSettings.values : ({})
+            kind: record.wallpaper !== undefined ? record.wallpaper : "none"
+            blur: record.wallpaperBlur !== undefined ? record.wallpaperBlur : 4
+            radius: outline.cornerRadius
+            opacity: root.isOpen && root.kelvane.modeName === "tuckle" && shape.height > root.viewModel.openFootprint.height * 0.6 ? 0.55 : 0
+            visible: opacity > 0 && index >= 0
+            running: visible
+            Behavior on opacity { NumberAnimation { duration: 160 } }
+        }
+
         // The panel is built the first time the notch opens and then kept, so that a notch that
         // is never opened costs nothing and a half-typed timer survives closing.
         Loader {
