@@ -126,7 +126,6 @@ void AppDelegate::applicationDidFinishLaunching()
     // The desktop picture's colours, and the effects that use them and the sound.
     m_wallpaperSource = std::make_unique<DesktopWallpaperSource>();
     m_wallpaper = std::make_unique<CurrentWallpaperManager>(*m_wallpaperSource);
-    emitLine(QStringLiteral("[Effects] The desktop picture comes from %1.").arg(m_wallpaperSource->description()));
     m_wallpaper->refresh();
     m_audioCapture = std::make_unique<PulseAudioCapture>();
     m_visualizer = std::make_unique<AudioVisualizer>(*m_audioCapture, m_settings);

@@ -133,6 +133,8 @@ TEST(NotchFace, IsOneShapeFromTheTopEdgeThatTheMouseOpensHidesAndBringsBack)
     const int centre = notchCentre();
     pointer({"mousemove", "200", "600"});
     setField("generalSettings", "alwaysOpenNotchOnHover", false);
+    // The outline is found by its black: the open panel without a backdrop behind its widgets.
+    setField("tuckleSettings", "wallpaper", "none");
     const Outline closed = settledShape("face-closed");
 
     // A window beneath the notch (which stays above it, as a window manager keeps it) takes the

@@ -216,21 +216,6 @@ DesktopWallpaperSource::~DesktopWallpaperSource()
         xcb_disconnect(m_x);
 }
 
-QString DesktopWallpaperSource::description() const
-{
-    switch (m_kind) {
-    case Kind::gnome:
-        return QStringLiteral("GNOME's background setting");
-    case Kind::kde:
-        return QStringLiteral("Plasma's desktop configuration");
-    case Kind::rootWindow:
-        return QStringLiteral("the X root window's picture");
-    case Kind::none:
-        break;
-    }
-    return QStringLiteral("nothing (no desktop picture found)");
-}
-
 void DesktopWallpaperSource::watchRootWindow()
 {
     if (qEnvironmentVariableIsEmpty("DISPLAY"))

@@ -25,8 +25,6 @@ public:
     ~DesktopWallpaperSource() override;
 
     Kind kind() const { return m_kind; }
-    // Where the picture comes from, for the start-up line.
-    QString description() const;
     std::function<QImage()> reader() override;
     void setChangeHandler(std::function<void()> handler) override;
 
