@@ -119,11 +119,11 @@ void PulseAudioCapture::openStream()
 {
     if (m_stream)
         return;
-    const pa_sample_spec spec{PA_SAMPLE_FLOAT32LE, rate, 1};
+    const pa_sample_spec format{PA_SAMPLE_FLOAT32LE, rate, 1};
     pa_proplist* properties = pa_proplist_new();
     pa_proplist_sets(properties, PA_PROP_MEDIA_NAME, "Spectrum of what plays");
     pa_proplist_sets(properties, PA_PROP_MEDIA_ROLE, "production");
-    m_stream = pa_stream_new_with_proplist(m_context, "Spectrum of what plays", &spec, nullptr, properties);
+    m_stream = pa_stream_new_with_proplist(m_context, "Spectrum of what plays", &format, nullptr, properties);
     pa_proplist_free(properties);
     if (!m_stream) {
         m_wanted = false;
