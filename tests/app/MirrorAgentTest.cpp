@@ -70,7 +70,7 @@ TEST(MirrorAgent, TheCameraShowsWhileTheWidgetIsOnScreenAndIsLetGoOfWhenThePanel
     ScopedEnvironment env;
     env.set("GST_REGISTRY_1_0", QByteArray(KELVANE_ARTIFACTS) + "/gstreamer-registry.bin");
     SessionBus session;
-    PipeWireCamera camera(true, "smpte");
+    PipeWireCamera camera;
     ASSERT_TRUE(PipeWireCamera::offered());
     RunningAgent agent;
     ASSERT_TRUE(agent.waitForNotches(2));

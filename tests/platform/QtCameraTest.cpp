@@ -29,7 +29,7 @@ struct Answers {
 TEST(QtCamera, ShowsTheCamerasPictureMirroredAndLetsGoOfItWhenClosed)
 {
     REQUIRE_PIPEWIRE();
-    PipeWireCamera pipewire(true, "smpte");
+    PipeWireCamera pipewire;
     QtCameraDevices devices;
     std::vector<CameraInfo> cameras;
     ASSERT_TRUE(waitUntil([&] { return !(cameras = devices.cameras()).empty(); }, 15000)) << "no camera listed";

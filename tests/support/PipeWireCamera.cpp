@@ -10,26 +10,30 @@
 
 namespace kelvane::test {
 
-PipeWireCamera::PipeWireCamera(bool withManager, const char* pattern)
+PipeWireCamera::PipeWireCamera(bool withManager)
 {
     m_env.set("XDG_RUNTIME_DIR", m_runtime.path().toUtf8());
     m_env.set("PIPEWIRE_RUNTIME_DIR", m_runtime.path().toUtf8());
     m_server.start(QStringLiteral("pipewire"), {});
     if (!waitUntil([&] { return QFile::exists(m_runtime.filePath(QStringLiteral("pipewire-0"))); }, 10000))
         return;
-    m_source.start(QStringLiteral("gst-launch-1.0"),
-                   QStringLiteral("-q videotestsrc is-live=true pattern=%1 ! video/x-raw,format=YUY2,width=640,"
-                                  "height=480,framerate=30/1 ! pipewiresink mode=provide client-name=TestCam "
-                                  "stream-properties=props,media.class=Video/Source,node.description=TestCam")
-                       .arg(QLatin1String(pattern))
-                       .split(QLatin1Char(' ')));
+    // The server's own test picture (colour bars over moving snow), made inside the server so that
+    // readers come and go as they do on a real camera. GStreamer's sink in "provide" mode can stall
+    // for good when a reader leaves while it waits for a buffer, and a busy machine makes that likely.
+    QProcess create;
+    create.start(QStringLiteral("pw-cli"),
+                 {QStringLiteral("create-node"), QStringLiteral("spa-node-factory"),
+                  QStringLiteral("factory.name=videotestsrc"), QStringLiteral("library.name=videotestsrc/libspa-videotestsrc"),
+                  QStringLiteral("node.name=TestCam"), QStringLiteral("node.description=TestCam"),
+                  QStringLiteral("media.class=Video/Source"), QStringLiteral("object.linger=true")});
+    create.waitForFinished(10000);
     if (withManager)
         m_manager.start(QStringLiteral("wireplumber"), {});
 }
 
 PipeWireCamera::~PipeWireCamera()
 {
-    for (QProcess* process : {&m_manager, &m_source, &m_server}) {
+    for (QProcess* process : {&m_manager, &m_server}) {
         process->terminate();
         if (!process->waitForFinished(3000))
             process->kill();
@@ -39,7 +43,7 @@ PipeWireCamera::~PipeWireCamera()
 
 bool PipeWireCamera::available()
 {
-    for (const char* tool : {"pipewire", "wireplumber", "gst-launch-1.0", "pw-dump"})
+    for (const char* tool : {"pipewire", "wireplumber", "pw-cli", "pw-dump"})
         if (QStandardPaths::findExecutable(QLatin1String(tool)).isEmpty())
             return false;
     return true;
@@ -47,17 +51,24 @@ bool PipeWireCamera::available()
 
 void PipeWireCamera::removeSource()
 {
-    m_source.terminate();
-    m_source.waitForFinished(3000);
+    for (const QJsonValue& object : dump()) {
+        if (object[QLatin1String("info")][QLatin1String("props")][QLatin1String("node.name")].toString() == QLatin1String("TestCam"))
+            QProcess::execute(QStringLiteral("pw-cli"), {QStringLiteral("destroy"), QString::number(object[QLatin1String("id")].toInt())});
+    }
 }
 
-int PipeWireCamera::nodes(const char* mediaClass)
+QJsonArray PipeWireCamera::dump()
 {
     QProcess dump;
     dump.start(QStringLiteral("pw-dump"), {});
     dump.waitForFinished(5000);
+    return QJsonDocument::fromJson(dump.readAllStandardOutput()).array();
+}
+
+int PipeWireCamera::nodes(const char* mediaClass)
+{
     int count = 0;
-    for (const QJsonValue& object : QJsonDocument::fromJson(dump.readAllStandardOutput()).array()) {
+    for (const QJsonValue& object : dump()) {
         const QJsonObject props = object[QLatin1String("info")][QLatin1String("props")].toObject();
         if (props[QLatin1String("media.class")].toString() == QLatin1String(mediaClass))
             ++count;

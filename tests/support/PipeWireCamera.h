@@ -3,6 +3,7 @@
 #include "ScopedEnvironment.h"
 #include "SessionBus.h"
 
+#include <QJsonArray>
 #include <QProcess>
 #include <QString>
 #include <QTemporaryDir>
@@ -10,12 +11,12 @@
 namespace kelvane::test {
 
 // A camera without hardware: a PipeWire server of the test's own (its runtime folder is this
-// process's XDG_RUNTIME_DIR while it lives) with a moving test picture offered as a video source,
-// and, unless told not to, the session manager that lets a program connect to it.
+// process's XDG_RUNTIME_DIR while it lives) with a moving test picture, colour bars over snow,
+// offered as a video source, and, unless told not to, the session manager that lets a program
+// connect to it.
 class PipeWireCamera {
 public:
-    // `pattern` is one of GStreamer's test pictures ("ball", "smpte" for colour bars).
-    explicit PipeWireCamera(bool withManager = true, const char* pattern = "ball");
+    explicit PipeWireCamera(bool withManager = true);
     ~PipeWireCamera();
     PipeWireCamera(const PipeWireCamera&) = delete;
     PipeWireCamera& operator=(const PipeWireCamera&) = delete;
@@ -33,10 +34,12 @@ public:
     static bool offered();
 
 private:
+    static QJsonArray dump();
+
     QTemporaryDir m_runtime;
     ScopedEnvironment m_env;
     SessionBus m_bus;
-    QProcess m_server, m_source, m_manager;
+    QProcess m_server, m_manager;
 };
 
 #define REQUIRE_PIPEWIRE()                                                                                             \
