@@ -17,6 +17,8 @@ extern "C" {
 }
 
 #include <algorithm>
+#include <cstring>
+#include <vector>
 
 namespace kelvane {
 
@@ -162,21 +164,35 @@ private:
         QVideoFrame mapped(frame);
         if (!m_scaler || !mapped.map(QVideoFrame::ReadOnly))
             return {};
+        // The scaler reads a little past the end of each plane, and a camera's buffer may end on
+        // the last byte of a mapped page: the planes are read from a copy with room after each.
+        constexpr std::size_t padding = 64;
+        const int planeCount = std::min(mapped.planeCount(), 4);
+        std::size_t total = 0;
+        for (int plane = 0; plane < planeCount; ++plane)
+            total += std::size_t(std::max(0, mapped.mappedBytes(plane))) + padding;
+        m_input.resize(total);
         const uint8_t* planes[4] = {};
         int strides[4] = {};
-        for (int plane = 0; plane < std::min(mapped.planeCount(), 4); ++plane) {
-            planes[plane] = mapped.bits(plane);
+        std::size_t at = 0;
+        for (int plane = 0; plane < planeCount; ++plane) {
+            const auto bytes = std::size_t(std::max(0, mapped.mappedBytes(plane)));
+            std::memcpy(m_input.data() + at, mapped.bits(plane), bytes);
+            std::memset(m_input.data() + at + bytes, 0, padding);
+            planes[plane] = m_input.data() + at;
             strides[plane] = mapped.bytesPerLine(plane);
+            at += bytes + padding;
         }
         if (swapped) {
             std::swap(planes[1], planes[2]);
             std::swap(strides[1], strides[2]);
         }
-        QImage image(scaled, QImage::Format_RGB32);
+        // Room to the right and below as well: the scaler writes whole blocks of pixels.
+        QImage image(QSize((scaled.width() + 15) / 16 * 16, scaled.height() + 1), QImage::Format_RGB32);
         uint8_t* target[4] = {image.bits()};
         const int targetStrides[4] = {int(image.bytesPerLine())};
-        sws_scale(m_scaler, planes, strides, 0, frame.height(), target, targetStrides);
         mapped.unmap();
+        sws_scale(m_scaler, planes, strides, 0, frame.height(), target, targetStrides);
         const QRect middle(QPoint((scaled.width() - size.width()) / 2, (scaled.height() - size.height()) / 2), size);
         return image.copy(middle).mirrored(true, false);
     }
@@ -200,6 +216,7 @@ private:
     QMediaCaptureSession* m_session = nullptr;
     QVideoSink* m_sink = nullptr;
     SwsContext* m_scaler = nullptr;
+    std::vector<uint8_t> m_input;
     bool m_answered = false;
     bool m_saidFormat = false;
 };
