@@ -8,12 +8,18 @@
 #include <QJsonObject>
 #include <QStandardPaths>
 
+#include <csignal>
+#include <sys/prctl.h>
+
 namespace kelvane::test {
 
 PipeWireCamera::PipeWireCamera(bool withManager)
 {
     m_env.set("XDG_RUNTIME_DIR", m_runtime.path().toUtf8());
     m_env.set("PIPEWIRE_RUNTIME_DIR", m_runtime.path().toUtf8());
+    // A test that crashes takes its camera with it.
+    for (QProcess* process : {&m_server, &m_manager})
+        process->setChildProcessModifier([] { prctl(PR_SET_PDEATHSIG, SIGTERM); });
     m_server.start(QStringLiteral("pipewire"), {});
     if (!waitUntil([&] { return QFile::exists(m_runtime.filePath(QStringLiteral("pipewire-0"))); }, 10000))
         return;

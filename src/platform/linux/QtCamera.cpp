@@ -50,6 +50,28 @@ std::pair<AVPixelFormat, bool> scalerFormat(QVideoFrameFormat::PixelFormat forma
     }
 }
 
+// PipeWire's camera source hands on frames that point into buffers it shares with the server, and
+// unmaps those buffers when the camera goes away, even while a frame of theirs is still on its way
+// to us: reading it then crashes. Each such source is told to copy its frames, when Qt puts one
+// into its pipeline.
+void copyPipeWireFrames()
+{
+    static const bool installed = [] {
+        g_signal_add_emission_hook(
+            g_signal_lookup("element-added", GST_TYPE_BIN), 0,
+            [](GSignalInvocationHint*, guint count, const GValue* values, gpointer) -> gboolean {
+                GObject* element = count >= 2 ? static_cast<GObject*>(g_value_get_object(&values[1])) : nullptr;
+                if (element && g_str_has_prefix(G_OBJECT_TYPE_NAME(element), "GstPipeWire")
+                    && g_object_class_find_property(G_OBJECT_GET_CLASS(element), "always-copy"))
+                    g_object_set(element, "always-copy", TRUE, nullptr);
+                return TRUE;
+            },
+            nullptr, nullptr);
+        return true;
+    }();
+    Q_UNUSED(installed);
+}
+
 QString reasonFor(const QString& error)
 {
     if (error.contains(QLatin1String("busy"), Qt::CaseInsensitive))
@@ -228,6 +250,7 @@ QtCameraDevices::QtCameraDevices(QObject* parent)
     // the handler runs one loop turn later.
     connect(&m_devices, &QMediaDevices::videoInputsChanged, this, &QtCameraDevices::changed, Qt::QueuedConnection);
     gst_init(nullptr, nullptr);
+    copyPipeWireFrames();
     m_monitor = gst_device_monitor_new();
     gst_device_monitor_add_filter(m_monitor, "Video/Source", nullptr);
     GstBus* bus = gst_device_monitor_get_bus(m_monitor);
