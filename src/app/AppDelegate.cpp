@@ -4,6 +4,7 @@
 
 #include "core/HandOff.h"
 #include "core/Log.h"
+#include "platform/linux/X11WindowHints.h"
 #include "ui/CodeHighlighter.h"
 
 #include <QGuiApplication>
@@ -66,6 +67,7 @@ AppDelegate::~AppDelegate()
     m_bluetooth.reset();
     m_bluetoothSource.reset();
     m_tuckleSettings.reset();
+    m_glass.reset();
     m_mediaStyle.reset();
     m_visualizer.reset();
     m_audioCapture.reset();
@@ -131,6 +133,12 @@ void AppDelegate::applicationDidFinishLaunching()
     m_visualizer = std::make_unique<AudioVisualizer>(*m_audioCapture, m_settings);
     m_mediaStyle = std::make_unique<MediaEffectStyle>(m_settings, m_wallpaper.get());
     m_tuckleSettings = std::make_unique<SettingsRecordModel>(m_settings, QStringLiteral("tuckleSettings"));
+    // The glass bends what the desktop blurs behind it, else the desktop picture.
+    m_glass = std::make_unique<GlassLook>(m_settings);
+    m_glass->setDesktopBlurs(desktopBlursBehindWindows());
+    m_glass->setHasPicture(m_wallpaper->hasPicture());
+    connect(m_wallpaper.get(), &CurrentWallpaperManager::pictureChanged, m_glass.get(),
+            [this] { m_glass->setHasPicture(m_wallpaper->hasPicture()); });
     connect(m_media.get(), &MediaManager::isPlayingChanged, m_visualizer.get(),
             [this] { m_visualizer->setPlaying(m_media->isPlaying()); });
     connect(m_media.get(), &MediaManager::trackChanged, m_mediaStyle.get(),
@@ -197,6 +205,7 @@ void AppDelegate::applicationDidFinishLaunching()
         {QStringLiteral("visualizer"), QVariant::fromValue(static_cast<QObject*>(m_visualizer.get()))},
         {QStringLiteral("mediaStyle"), QVariant::fromValue(static_cast<QObject*>(m_mediaStyle.get()))},
         {QStringLiteral("wallpaper"), QVariant::fromValue(static_cast<QObject*>(m_wallpaper.get()))},
+        {QStringLiteral("glass"), QVariant::fromValue(static_cast<QObject*>(m_glass.get()))},
         {QStringLiteral("tuckleSettings"), QVariant::fromValue(static_cast<QObject*>(m_tuckleSettings.get()))},
     });
 

@@ -39,6 +39,7 @@
 #include "platform/linux/DesktopWallpaperSource.h"
 #include "effects/AudioVisualizer.h"
 #include "effects/CurrentWallpaperManager.h"
+#include "effects/GlassLook.h"
 #include "effects/MediaEffectStyle.h"
 #include "platform/linux/QtProcessRunner.h"
 #include "platform/linux/QtScreenProvider.h"
@@ -101,6 +102,11 @@ public:
     CalendarManager* calendar() const { return m_calendar.get(); }
     ShortcutsManager* shortcuts() const { return m_shortcuts.get(); }
     MirrorController* mirror() const { return m_mirror.get(); }
+    AudioVisualizer* visualizer() const { return m_visualizer.get(); }
+    MediaEffectStyle* mediaStyle() const { return m_mediaStyle.get(); }
+    CurrentWallpaperManager* wallpaper() const { return m_wallpaper.get(); }
+    DesktopWallpaperSource* wallpaperSource() const { return m_wallpaperSource.get(); }
+    GlassLook* glass() const { return m_glass.get(); }
     CameraDevices* cameras() const { return m_cameras.get(); }
     QuickAppsManager* quickApps() const { return m_quickApps.get(); }
     CalendarFileList* calendarFiles() const { return m_calendarFiles.get(); }
@@ -153,6 +159,7 @@ private:
     std::unique_ptr<PulseAudioCapture> m_audioCapture;
     std::unique_ptr<AudioVisualizer> m_visualizer;
     std::unique_ptr<MediaEffectStyle> m_mediaStyle;
+    std::unique_ptr<GlassLook> m_glass;
     std::unique_ptr<SettingsRecordModel> m_tuckleSettings;
     std::unique_ptr<BluezSource> m_bluetoothSource;
     std::unique_ptr<BluetoothManager> m_bluetooth;

@@ -461,6 +461,33 @@ QString ScriptingService::Mirror()
     });
 }
 
+QString ScriptingService::Effects()
+{
+    if (!ready())
+        return {};
+    const AudioVisualizer& visualizer = *m_delegate->visualizer();
+    const CurrentWallpaperManager& wallpaper = *m_delegate->wallpaper();
+    const GlassLook& glass = *m_delegate->glass();
+    QJsonArray bars, colours;
+    for (const qreal bar : visualizer.bars())
+        bars.append(bar);
+    for (const QColor& colour : wallpaper.colors())
+        colours.append(colour.name());
+    static const char* const sources[] = {"gnome", "kde", "rootWindow", "none"};
+    return indented(QJsonObject{
+        {QStringLiteral("effect"), m_delegate->mediaStyle()->effect()},
+        {QStringLiteral("capturing"), visualizer.capturing()},
+        {QStringLiteral("bars"), bars},
+        {QStringLiteral("desktopPicture"),
+         QJsonObject{{QStringLiteral("source"), QLatin1String(sources[int(m_delegate->wallpaperSource()->kind())])},
+                     {QStringLiteral("width"), wallpaper.picture().width()},
+                     {QStringLiteral("height"), wallpaper.picture().height()},
+                     {QStringLiteral("colors"), colours}}},
+        {QStringLiteral("glass"), QJsonObject{{QStringLiteral("enabled"), glass.enabled()},
+                                              {QStringLiteral("backdrop"), glass.backdrop()}}},
+    });
+}
+
 QString ScriptingService::Shortcuts()
 {
     if (!ready())

@@ -66,6 +66,9 @@ public Q_SLOTS:
     QString Shortcuts();
     // The mirror's state and message, the camera chosen, whether it is open, and every camera.
     QString Mirror();
+    // The media effect and whether it hears what plays, the desktop picture and where it comes
+    // from, and what the glass bends.
+    QString Effects();
     // Answers once it has started; the files are its arguments (none: the tray's selection).
     void ShortcutRun(const QString& name, const QStringList& files);
     void ShortcutStop(const QString& name);

@@ -118,6 +118,8 @@ std::optional<Request> parse(QStringList args, QString& error)
     }
     if (command == QLatin1StringView("mirror") && rest.isEmpty())
         return Request{QStringLiteral("Mirror"), {}};
+    if (command == QLatin1StringView("effects") && rest.isEmpty())
+        return Request{QStringLiteral("Effects"), {}};
     if (command == QLatin1StringView("shortcuts")) {
         const QString action = rest.value(0);
         if (action == QLatin1StringView("list") && rest.size() == 1)

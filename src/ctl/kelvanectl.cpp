@@ -53,6 +53,8 @@ Commands:
   apps list [SEARCH]                 the quick apps' ids in order, and the installed applications (matching SEARCH) with id, name, chosen
   apps add|remove ID                 put an application (its desktop entry id) on the quick apps row, or take it off
   mirror                             the camera mirror: state, message, device, open, and the cameras
+  effects                            the media effect, whether it hears the sound, its bars; the desktop
+                                     picture (its source, size, colours) and what the glass bends
   shortcuts list                     the programs in the shortcuts folder: name, path, executable, shown, state, exitStatus, lastLine
   shortcuts run NAME [FILE...]       run one with these files (none: the files selected in the tray)
   shortcuts stop NAME                ask a running shortcut to end, and end it if it does not

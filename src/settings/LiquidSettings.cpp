@@ -25,6 +25,8 @@ LiquidGlassSettings LiquidGlassSettings::fromBasic(const LiquidBasicSettings& ba
     glass.shadowVibrancyContribution = basic.vibrancy;
     glass.highlightAmount = basic.rimLight;
     glass.highlightColorA = basic.rimColor;
+    // The rim fades to a third of its strength where the light does not fall.
+    glass.highlightColorB = GlassRGBA::rgba(basic.rimColor.r, basic.rimColor.g, basic.rimColor.b, basic.rimColor.a / 3);
     glass.sdrShadowOpacity = basic.shadow;
     return glass;
 }

@@ -1,6 +1,7 @@
 #include "ImageProviders.h"
 
 #include "core/HandOff.h"
+#include "effects/GlassLook.h"
 #include "media/MediaManager.h"
 #include "tray/Tray.h"
 
@@ -124,6 +125,36 @@ QImage ThemeIconProvider::requestImage(const QString& id, QSize* size, const QSi
     if (size)
         *size = image.size();
     return image;
+}
+
+GlassBackdropProvider::GlassBackdropProvider()
+    : QQuickImageProvider(QQuickImageProvider::Image)
+{
+}
+
+void GlassBackdropProvider::setPicture(const QImage& picture)
+{
+    QMutexLocker lock(&m_mutex);
+    m_picture = picture;
+}
+
+QImage GlassBackdropProvider::requestImage(const QString& id, QSize* size, const QSize&)
+{
+    const QStringList parts = id.split(QLatin1Char('/'));
+    const auto rect = [&](int index) {
+        const QStringList numbers = parts.value(index).split(QLatin1Char(','));
+        return numbers.size() == 4 ? QRect(numbers[0].toInt(), numbers[1].toInt(), numbers[2].toInt(), numbers[3].toInt())
+                                   : QRect();
+    };
+    QImage picture;
+    {
+        QMutexLocker lock(&m_mutex);
+        picture = m_picture;
+    }
+    const QImage backdrop = parts.size() == 4 ? glassBackdrop(picture, rect(1), rect(2), parts[3].toDouble()) : QImage();
+    if (size)
+        *size = backdrop.size();
+    return backdrop;
 }
 
 } // namespace kelvane

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QMutex>
 #include <QPointer>
 #include <QQuickImageProvider>
 
@@ -46,6 +47,21 @@ class ThemeIconProvider final : public QQuickImageProvider {
 public:
     ThemeIconProvider();
     QImage requestImage(const QString& id, QSize* size, const QSize& requestedSize) override;
+};
+
+// "image://glass/<picture serial>/<screen x,y,w,h>/<window x,y,w,h>/<frost>": the part of the desktop
+// picture that lies behind a notch window, frosted, for the glass look to bend. Asked for
+// asynchronously, it is cut and frosted beside the notch.
+class GlassBackdropProvider final : public QQuickImageProvider {
+public:
+    GlassBackdropProvider();
+    // The desktop picture (from the main thread).
+    void setPicture(const QImage& picture);
+    QImage requestImage(const QString& id, QSize* size, const QSize& requestedSize) override;
+
+private:
+    QMutex m_mutex;
+    QImage m_picture;
 };
 
 } // namespace kelvane

@@ -52,6 +52,15 @@ void NotchShape::setColor(const QColor& color)
     update();
 }
 
+void NotchShape::setRimColor(const QColor& color)
+{
+    if (color == m_rimColor)
+        return;
+    m_rimColor = color;
+    Q_EMIT colorChanged();
+    update();
+}
+
 void NotchShape::setBodyWidth(double width)
 {
     width = std::max(0.0, width);
@@ -78,7 +87,13 @@ void NotchShape::paint(QPainter* painter)
     if (!painter->isActive())
         return;
     painter->setRenderHint(QPainter::Antialiasing);
-    painter->fillPath(outline(body()), m_color);
+    const QPainterPath path = outline(body());
+    painter->fillPath(path, m_color);
+    if (m_rimColor.alpha() > 0) {
+        // Not along the top edge, which is the screen's.
+        painter->setClipRect(QRectF(0, 1, width(), height()));
+        painter->strokePath(path, QPen(m_rimColor, 1.2));
+    }
 }
 
 } // namespace kelvane

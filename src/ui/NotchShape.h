@@ -14,6 +14,8 @@ namespace kelvane {
 class NotchShape : public QQuickPaintedItem {
     Q_OBJECT
     Q_PROPERTY(QColor color READ color WRITE setColor NOTIFY colorChanged)
+    // A thin line along the outline's lower edges (none while transparent).
+    Q_PROPERTY(QColor rimColor READ rimColor WRITE setRimColor NOTIFY colorChanged)
     Q_PROPERTY(double bodyWidth READ bodyWidth WRITE setBodyWidth NOTIFY geometryChanged)
     Q_PROPERTY(double cornerRadius READ cornerRadius NOTIFY geometryChanged)
     Q_PROPERTY(double shoulderRadius READ shoulderRadius NOTIFY geometryChanged)
@@ -29,6 +31,8 @@ public:
 
     QColor color() const { return m_color; }
     void setColor(const QColor& color);
+    QColor rimColor() const { return m_rimColor; }
+    void setRimColor(const QColor& color);
     double bodyWidth() const { return m_bodyWidth; }
     void setBodyWidth(double width);
     double cornerRadius() const { return cornerRadiusFor(body()); }
@@ -50,6 +54,7 @@ private:
     QSizeF body() const { return {m_bodyWidth, height()}; }
 
     QColor m_color = Qt::black;
+    QColor m_rimColor = Qt::transparent;
     double m_bodyWidth = 0;
 };
 

@@ -19,6 +19,7 @@
 #include <QQuickItem>
 #include <QRegion>
 #include <QScreen>
+#include <QtMath>
 
 namespace kelvane {
 
@@ -172,6 +173,7 @@ void QuickNotchWindow::setInputRegion(double x, double y, double width, double h
     // An empty mask would mean "the whole window": keep at least one point.
     const QRect rect = QRectF(x, y, std::max(width, 1.0), std::max(height, 1.0)).toAlignedRect();
     applyInput(QRegion(rect), QRegion(rect));
+    applyBlurBehind({});
 }
 
 void QuickNotchWindow::setInputShape(double centreX, double bodyWidth, double bodyHeight)
@@ -184,7 +186,25 @@ void QuickNotchWindow::setInputShape(double centreX, double bodyWidth, double bo
         return setInputRegion(0, 0, 1, 1);
     // Drawn within the bounds, whose edges stay soft; the pointer is taken on the outline alone, so
     // that a click in a rounded corner's cut-out reaches the window beneath.
-    applyInput(QRegion(bounds), QRegion(outline.toFillPolygon().toPolygon(), Qt::WindingFill));
+    const QRegion shape(outline.toFillPolygon().toPolygon(), Qt::WindingFill);
+    // The glass's shadow falls beside and below the outline.
+    const int margin = qCeil(m_glassMargin);
+    applyInput(QRegion(bounds.adjusted(-margin, 0, margin, margin)), shape);
+    applyBlurBehind(m_blurBehind ? shape : QRegion());
+}
+
+void QuickNotchWindow::setGlass(bool blurBehind, double shadowMargin)
+{
+    m_blurBehind = blurBehind;
+    m_glassMargin = std::clamp(shadowMargin, 0.0, 64.0);
+}
+
+void QuickNotchWindow::applyBlurBehind(const QRegion& region)
+{
+    if (region == m_blurRegion)
+        return;
+    m_blurRegion = region;
+    setBlurBehind(m_view.get(), region);
 }
 
 void QuickNotchWindow::applyInput(const QRegion& drawn, const QRegion& input)

@@ -41,6 +41,9 @@ public:
     Q_INVOKABLE void setInputRegion(double x, double y, double width, double height);
     // The same, as the notch's outline for a body of this size hanging from the top, centred on x.
     Q_INVOKABLE void setInputShape(double centreX, double bodyWidth, double bodyHeight);
+    // The glass look: whether the desktop is asked to blur what lies behind the outline, and how far
+    // beyond the outline the glass draws its shadow. Taken at the next shape.
+    Q_INVOKABLE void setGlass(bool blurBehind, double shadowMargin);
     // Asks the window for keyboard focus (a text field of the panel was clicked).
     Q_INVOKABLE void makeKeyWindow();
     // A widget's pop-up (a list to choose from) opened or closed: while one is up, the notch holds
@@ -59,6 +62,7 @@ private:
     void followWindowSize();
     // `drawn` clips what is shown; `input` is where the pointer is taken.
     void applyInput(const QRegion& drawn, const QRegion& input);
+    void applyBlurBehind(const QRegion& region);
 
     // Before the view, so that it outlives the views that read it.
     std::unique_ptr<DropZone> m_dropZone;
@@ -69,6 +73,9 @@ private:
     NotchGestures* m_gestures;
     bool m_wasActive = false;
     QRegion m_input;
+    QRegion m_blurRegion;
+    bool m_blurBehind = false;
+    double m_glassMargin = 0;
     int m_popups = 0;
 };
 

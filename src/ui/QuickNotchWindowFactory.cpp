@@ -18,6 +18,7 @@
 #include "activities/SelectedLiveActivity.h"
 #include "calendar/CalendarFileList.h"
 #include "calendar/CalendarManager.h"
+#include "effects/CurrentWallpaperManager.h"
 #include "media/MediaManager.h"
 #include "notch/ExpandedNoteManager.h"
 #include "notch/KelvaneState.h"
@@ -106,6 +107,14 @@ void QuickNotchWindowFactory::setServices(QVariantMap services)
         m_engine.removeImageProvider(QStringLiteral("tray"));
         m_engine.addImageProvider(QStringLiteral("tray"), new TrayImageProvider(tray));
         m_engine.addImageProvider(QStringLiteral("pdfpage"), new PdfPageProvider);
+    }
+    if (auto* wallpaper = qobject_cast<CurrentWallpaperManager*>(m_services.value(QStringLiteral("wallpaper")).value<QObject*>())) {
+        m_engine.removeImageProvider(QStringLiteral("glass"));
+        auto* glass = new GlassBackdropProvider;
+        glass->setPicture(wallpaper->picture());
+        m_engine.addImageProvider(QStringLiteral("glass"), glass);
+        QObject::connect(wallpaper, &CurrentWallpaperManager::pictureChanged, &m_engine,
+                         [glass, wallpaper] { glass->setPicture(wallpaper->picture()); });
     }
     if (!m_engine.imageProvider(QStringLiteral("icon")))
         m_engine.addImageProvider(QStringLiteral("icon"), new ThemeIconProvider);

@@ -3,6 +3,7 @@
 #include "effects/SpectrumAnalyzer.h"
 #include "platform/linux/DesktopWallpaperSource.h"
 #include "platform/linux/PulseAudioCapture.h"
+#include "platform/linux/X11WindowHints.h"
 
 #include "core/Log.h"
 #include "settings/Keys.h"
@@ -16,6 +17,8 @@
 #include <QFile>
 #include <QImage>
 #include <QProcess>
+#include <QRegion>
+#include <QWindow>
 
 #include <xcb/xcb.h>
 
@@ -228,5 +231,47 @@ TEST(DesktopWallpaperSource, ReadsAndFollowsTheRootWindowsPicture)
     setRoot(0x1e3cdc);
     EXPECT_NEAR(accentOf(manager, serial).hslHueF(), QColor(0x1e, 0x3c, 0xdc).hslHueF(), 0.03);
     xcb_delete_property(x, screen->root, property);
+    xcb_disconnect(x);
+}
+
+// Where KWin's blur runs (it announces itself by a property on the root window), the glass asks
+// it to blur what lies behind the notch's outline, rectangle by rectangle, and an empty region
+// asks no more.
+TEST(X11WindowHints, AsksTheDesktopToBlurBehindTheOutlineWhereItCan)
+{
+    xcb_connection_t* x = xcb_connect(nullptr, nullptr);
+    ASSERT_FALSE(xcb_connection_has_error(x));
+    const xcb_window_t root = xcb_setup_roots_iterator(xcb_get_setup(x)).data->root;
+    auto* reply = xcb_intern_atom_reply(x, xcb_intern_atom(x, 0, 30, "_KDE_NET_WM_BLUR_BEHIND_REGION"), nullptr);
+    const xcb_atom_t blur = reply->atom;
+    std::free(reply);
+    xcb_flush(x);
+    EXPECT_FALSE(desktopBlursBehindWindows());
+    xcb_change_property(x, XCB_PROP_MODE_REPLACE, root, blur, XCB_ATOM_CARDINAL, 32, 0, nullptr);
+    std::free(xcb_get_input_focus_reply(x, xcb_get_input_focus(x), nullptr));
+    EXPECT_TRUE(desktopBlursBehindWindows());
+
+    QWindow window;
+    window.setGeometry(0, 0, 200, 100);
+    window.create();
+    const auto asked = [&] {
+        auto* property = xcb_get_property_reply(
+            x, xcb_get_property(x, 0, xcb_window_t(window.winId()), blur, XCB_ATOM_CARDINAL, 0, 64), nullptr);
+        std::vector<std::uint32_t> values;
+        if (property && property->type == XCB_ATOM_CARDINAL) {
+            const auto* data = static_cast<const std::uint32_t*>(xcb_get_property_value(property));
+            values.assign(data, data + xcb_get_property_value_length(property) / 4);
+        }
+        std::free(property);
+        return values;
+    };
+    // Asked on the window's own connection: read here once the server has it.
+    const std::vector<std::uint32_t> rectangles{10, 0, 100, 20, 20, 20, 80, 10};
+    setBlurBehind(&window, QRegion(10, 0, 100, 20) + QRegion(20, 20, 80, 10));
+    EXPECT_TRUE(waitUntil([&] { return asked() == rectangles; }, 2000));
+    setBlurBehind(&window, QRegion());
+    EXPECT_TRUE(waitUntil([&] { return asked().empty(); }, 2000));
+
+    xcb_delete_property(x, root, blur);
     xcb_disconnect(x);
 }

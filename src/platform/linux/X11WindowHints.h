@@ -15,4 +15,10 @@ void applyDesktopFurnitureHints(QWindow* window);
 // Returns false where there is no X11 shape extension, and does nothing then.
 bool setInputShape(QWindow* window, const QRegion& region);
 
+// Whether the desktop blurs what lies behind a window that asks for it (KDE's blur-behind on X11).
+bool desktopBlursBehindWindows();
+
+// Asks the desktop to blur what lies behind `region` of the window; an empty region asks no more.
+void setBlurBehind(QWindow* window, const QRegion& region);
+
 } // namespace kelvane

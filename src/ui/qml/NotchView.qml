@@ -35,6 +35,7 @@ Item {
     property QtObject visualizer: null
     property QtObject mediaStyle: null
     property QtObject wallpaper: null
+    property QtObject glass: null
     property SettingsRecord tuckleSettings: null
     property string displayKitId: ""
 
@@ -134,12 +135,18 @@ Item {
     }
     function applyInputShape() {
         const s = inputShape
+        notchWindow.setGlass(inGlass && glass.backdrop === "desktop", inGlass ? glassLook.margin : 0)
         if (s.handle)
             notchWindow.setInputRegion(s.x, s.y, s.w, s.h)
         else
             notchWindow.setInputShape(width / 2, s.w, s.h)
     }
     onInputShapeChanged: applyInputShape()
+    onInGlassChanged: applyInputShape()
+    Connections {
+        target: root.glass
+        function onChanged() { root.applyInputShape() }
+    }
     onWidthChanged: applyInputShape()
     Component.onCompleted: applyInputShape()
 
@@ -244,7 +251,24 @@ Item {
         height: shape.height
         width: shape.width + 2 * shoulderRadius
         x: shape.x - shoulderRadius
-        color: root.viewModel.transluscent ? Qt.rgba(0, 0, 0, 0.78) : "black"
+        color: root.inGlass ? "transparent" : "black"
+    }
+
+    readonly property bool inGlass: viewModel.transluscent && glass !== null
+    Glass {
+        id: glassLook
+        objectName: "glass"
+        visible: root.inGlass && shape.visible
+        look: root.glass
+        wallpaper: root.wallpaper
+        bodyWidth: shape.width
+        bodyHeight: shape.height
+        cornerRadius: outline.cornerRadius
+        shoulder: outline.shoulderRadius
+        x: outline.x - margin
+        y: 0
+        width: outline.width + 2 * margin
+        height: outline.height + margin
     }
 
     Item {
