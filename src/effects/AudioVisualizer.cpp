@@ -1,6 +1,6 @@
 #include "AudioVisualizer.h"
 
-#include "SpectrumAnalyzer.h"
+#include "FrequencyBands.h"
 #include "core/Log.h"
 
 #include <QMetaObject>
@@ -24,7 +24,7 @@ struct AudioVisualizer::Link {
 
     std::mutex mutex;
     AudioVisualizer* owner = nullptr;
-    SpectrumAnalyzer analyzer;
+    FrequencyBands analyzer;
     BarSmoother smoother;
     std::vector<float> recent; // the last block of samples, oldest first
     int hop;

@@ -113,8 +113,10 @@ void QuickNotchWindowFactory::setServices(QVariantMap services)
         auto* glass = new GlassBackdropProvider;
         glass->setPicture(wallpaper->picture());
         m_engine.addImageProvider(QStringLiteral("glass"), glass);
-        QObject::connect(wallpaper, &CurrentWallpaperManager::pictureChanged, &m_engine,
-                         [glass, wallpaper] { glass->setPicture(wallpaper->picture()); });
+        // The provider just replaced is gone: its follower goes with it.
+        QObject::disconnect(m_glassFollower);
+        m_glassFollower = QObject::connect(wallpaper, &CurrentWallpaperManager::pictureChanged, &m_engine,
+                                           [glass, wallpaper] { glass->setPicture(wallpaper->picture()); });
     }
     if (!m_engine.imageProvider(QStringLiteral("icon")))
         m_engine.addImageProvider(QStringLiteral("icon"), new ThemeIconProvider);

@@ -26,6 +26,7 @@ public:
 private:
     QQmlEngine m_engine;
     QVariantMap m_services;
+    QMetaObject::Connection m_glassFollower;
     DropZoneMaker m_dropZoneMaker;
 };
 

@@ -1,7 +1,7 @@
 #include "effects/GifPlacement.h"
 #include "effects/Palette.h"
 #include "effects/PerlinNoise.h"
-#include "effects/SpectrumAnalyzer.h"
+#include "effects/FrequencyBands.h"
 
 #include <QPainter>
 
@@ -123,9 +123,9 @@ std::vector<float> tone(double frequency, double amplitude, int rate = 48000, in
 
 // A pure tone lights its own band most; a quieter one lights it less; silence lights nothing; a
 // short block is padded rather than read past its end.
-TEST(SpectrumAnalyzer, APureToneLightsItsOwnBand)
+TEST(FrequencyBands, APureToneLightsItsOwnBand)
 {
-    SpectrumAnalyzer analyzer(48000, 6);
+    FrequencyBands analyzer(48000, 6);
     for (double frequency : {80.0, 440.0, 1000.0, 5000.0, 11000.0}) {
         const auto bars = analyzer.analyze(tone(frequency, 0.5));
         const int peak = int(std::max_element(bars.begin(), bars.end()) - bars.begin());

@@ -1,6 +1,6 @@
 #include "effects/AudioVisualizer.h"
 #include "effects/CurrentWallpaperManager.h"
-#include "effects/SpectrumAnalyzer.h"
+#include "effects/FrequencyBands.h"
 #include "platform/linux/DesktopWallpaperSource.h"
 #include "platform/linux/PulseAudioCapture.h"
 #include "platform/linux/X11WindowHints.h"
@@ -94,7 +94,7 @@ TEST(PulseAudioCapture, HearsWhatPlaysAndLetsGoWhenPlaybackPauses)
 
     {
         Tone tone(home.path(), 440);
-        SpectrumAnalyzer bands(PulseAudioCapture::rate, AudioVisualizer::bandCount);
+        FrequencyBands bands(PulseAudioCapture::rate, AudioVisualizer::bandCount);
         EXPECT_TRUE(waitUntil(
             [&] { return listening.visualizer.level() > 0.05 && listening.peak() == bands.bandOf(440); }, 8000))
             << "bars: " << QVariant::fromValue(listening.visualizer.bars()).toString().toStdString();

@@ -11,17 +11,17 @@ namespace kelvane {
 // The loudness of what plays, in a few bands spaced evenly on a musical (logarithmic) scale, from
 // the most recent block of samples: a Hann window, a real FFT, the strongest bin of each band in
 // decibels mapped onto 0–1. Not thread-safe; one analyser per capture thread.
-class SpectrumAnalyzer {
+class FrequencyBands {
 public:
     static constexpr double lowestFrequency = 60;
     static constexpr double highestFrequency = 12000;
     // Quieter than this (relative to a full-scale sine) is no bar at all.
     static constexpr double floorDecibels = -60;
 
-    SpectrumAnalyzer(int sampleRate, int bands, int blockSize = 2048);
-    ~SpectrumAnalyzer();
-    SpectrumAnalyzer(const SpectrumAnalyzer&) = delete;
-    SpectrumAnalyzer& operator=(const SpectrumAnalyzer&) = delete;
+    FrequencyBands(int sampleRate, int bands, int blockSize = 2048);
+    ~FrequencyBands();
+    FrequencyBands(const FrequencyBands&) = delete;
+    FrequencyBands& operator=(const FrequencyBands&) = delete;
 
     int blockSize() const { return m_blockSize; }
     int bands() const { return static_cast<int>(m_edges.size()) - 1; }

@@ -1,4 +1,4 @@
-#include "SpectrumAnalyzer.h"
+#include "FrequencyBands.h"
 
 #include <kiss_fftr.h>
 
@@ -8,7 +8,7 @@
 
 namespace kelvane {
 
-SpectrumAnalyzer::SpectrumAnalyzer(int sampleRate, int bands, int blockSize)
+FrequencyBands::FrequencyBands(int sampleRate, int bands, int blockSize)
     : m_sampleRate(std::max(8000, sampleRate))
     , m_blockSize(std::max(64, blockSize & ~1))
     , m_window(m_blockSize)
@@ -24,16 +24,16 @@ SpectrumAnalyzer::SpectrumAnalyzer(int sampleRate, int bands, int blockSize)
         m_window[i] = float(0.5 - 0.5 * std::cos(2 * std::numbers::pi * i / (m_blockSize - 1)));
 }
 
-SpectrumAnalyzer::~SpectrumAnalyzer() { kiss_fftr_free(m_fft); }
+FrequencyBands::~FrequencyBands() { kiss_fftr_free(m_fft); }
 
-int SpectrumAnalyzer::bandOf(double frequency) const
+int FrequencyBands::bandOf(double frequency) const
 {
     if (frequency < m_edges.front() || frequency >= m_edges.back())
         return -1;
     return int(std::upper_bound(m_edges.begin(), m_edges.end(), frequency) - m_edges.begin()) - 1;
 }
 
-std::vector<float> SpectrumAnalyzer::analyze(std::span<const float> samples)
+std::vector<float> FrequencyBands::analyze(std::span<const float> samples)
 {
     const size_t take = std::min(samples.size(), size_t(m_blockSize));
     const size_t pad = m_blockSize - take;
