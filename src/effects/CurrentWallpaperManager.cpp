@@ -42,6 +42,7 @@ void CurrentWallpaperManager::refresh()
         const Reading reading = *watcher->result();
         const bool colorsChanged = reading.colors != m_colors || reading.accent != m_accent;
         m_picture = reading.picture;
+        m_shared->set(m_picture);
         m_colors = reading.colors;
         m_accent = reading.accent;
         ++m_serial;

@@ -2,10 +2,12 @@
 
 #include <QColor>
 #include <QImage>
+#include <QMutex>
 #include <QObject>
 #include <QVariantList>
 
 #include <functional>
+#include <memory>
 
 namespace kelvane {
 
@@ -18,6 +20,26 @@ public:
     virtual std::function<QImage()> reader() = 0;
     // Told on the main thread when the desktop's picture may have changed.
     virtual void setChangeHandler(std::function<void()> handler) = 0;
+};
+
+// The current desktop picture, readable from any thread: the views' image readers run on their
+// own and may outlive the manager, so they hold it shared.
+class SharedPicture {
+public:
+    QImage get() const
+    {
+        QMutexLocker lock(&m_mutex);
+        return m_picture;
+    }
+    void set(const QImage& picture)
+    {
+        QMutexLocker lock(&m_mutex);
+        m_picture = picture;
+    }
+
+private:
+    mutable QMutex m_mutex;
+    QImage m_picture;
 };
 
 // The current desktop picture and its colours, for the effects: a fallback colour for the media
@@ -41,6 +63,8 @@ public:
     bool hasPicture() const { return !m_picture.isNull(); }
     QImage picture() const { return m_picture; }
     int pictureSerial() const { return m_serial; }
+    // The same picture for other threads, already the new one when pictureChanged is told.
+    std::shared_ptr<const SharedPicture> sharedPicture() const { return m_shared; }
 
     // Reads the picture again (at start, and when the desktop says it changed).
     void refresh();
@@ -52,6 +76,7 @@ Q_SIGNALS:
 private:
     WallpaperSource& m_source;
     QImage m_picture;
+    std::shared_ptr<SharedPicture> m_shared = std::make_shared<SharedPicture>();
     QList<QColor> m_colors;
     QColor m_accent;
     int m_serial = 0;

@@ -1,6 +1,7 @@
 #include "ImageProviders.h"
 
 #include "core/HandOff.h"
+#include "effects/CurrentWallpaperManager.h"
 #include "effects/GlassLook.h"
 #include "media/MediaManager.h"
 #include "tray/Tray.h"
@@ -127,15 +128,10 @@ QImage ThemeIconProvider::requestImage(const QString& id, QSize* size, const QSi
     return image;
 }
 
-GlassBackdropProvider::GlassBackdropProvider()
+GlassBackdropProvider::GlassBackdropProvider(std::shared_ptr<const SharedPicture> picture)
     : QQuickImageProvider(QQuickImageProvider::Image)
+    , m_picture(std::move(picture))
 {
-}
-
-void GlassBackdropProvider::setPicture(const QImage& picture)
-{
-    QMutexLocker lock(&m_mutex);
-    m_picture = picture;
 }
 
 QImage GlassBackdropProvider::requestImage(const QString& id, QSize* size, const QSize&)
@@ -146,11 +142,7 @@ QImage GlassBackdropProvider::requestImage(const QString& id, QSize* size, const
         return numbers.size() == 4 ? QRect(numbers[0].toInt(), numbers[1].toInt(), numbers[2].toInt(), numbers[3].toInt())
                                    : QRect();
     };
-    QImage picture;
-    {
-        QMutexLocker lock(&m_mutex);
-        picture = m_picture;
-    }
+    const QImage picture = m_picture->get();
     const QImage backdrop = parts.size() == 4 ? glassBackdrop(picture, rect(1), rect(2), parts[3].toDouble()) : QImage();
     if (size)
         *size = backdrop.size();

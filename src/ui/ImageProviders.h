@@ -1,12 +1,14 @@
 #pragma once
 
-#include <QMutex>
 #include <QPointer>
 #include <QQuickImageProvider>
+
+#include <memory>
 
 namespace kelvane {
 
 class MediaManager;
+class SharedPicture;
 class Tray;
 
 // "image://media/…": the artwork of the track playing now, whatever follows the host name (the
@@ -54,14 +56,11 @@ public:
 // asynchronously, it is cut and frosted beside the notch.
 class GlassBackdropProvider final : public QQuickImageProvider {
 public:
-    GlassBackdropProvider();
-    // The desktop picture (from the main thread).
-    void setPicture(const QImage& picture);
+    explicit GlassBackdropProvider(std::shared_ptr<const SharedPicture> picture);
     QImage requestImage(const QString& id, QSize* size, const QSize& requestedSize) override;
 
 private:
-    QMutex m_mutex;
-    QImage m_picture;
+    const std::shared_ptr<const SharedPicture> m_picture;
 };
 
 } // namespace kelvane

@@ -110,13 +110,7 @@ void QuickNotchWindowFactory::setServices(QVariantMap services)
     }
     if (auto* wallpaper = qobject_cast<CurrentWallpaperManager*>(m_services.value(QStringLiteral("wallpaper")).value<QObject*>())) {
         m_engine.removeImageProvider(QStringLiteral("glass"));
-        auto* glass = new GlassBackdropProvider;
-        glass->setPicture(wallpaper->picture());
-        m_engine.addImageProvider(QStringLiteral("glass"), glass);
-        // The provider just replaced is gone: its follower goes with it.
-        QObject::disconnect(m_glassFollower);
-        m_glassFollower = QObject::connect(wallpaper, &CurrentWallpaperManager::pictureChanged, &m_engine,
-                                           [glass, wallpaper] { glass->setPicture(wallpaper->picture()); });
+        m_engine.addImageProvider(QStringLiteral("glass"), new GlassBackdropProvider(wallpaper->sharedPicture()));
     }
     if (!m_engine.imageProvider(QStringLiteral("icon")))
         m_engine.addImageProvider(QStringLiteral("icon"), new ThemeIconProvider);

@@ -26,7 +26,6 @@ public:
 private:
     QQmlEngine m_engine;
     QVariantMap m_services;
-    QMetaObject::Connection m_glassFollower;
     DropZoneMaker m_dropZoneMaker;
 };
 

@@ -51,9 +51,8 @@ void setDesktopPicture(const QSize& size)
     xcb_create_gc(x, gc, pixmap, 0, nullptr);
     for (int top = 0; top < size.height(); top += 32) {
         const int rows = std::min(32, size.height() - top);
-        xcb_void_cookie_t c = xcb_put_image_checked(x, XCB_IMAGE_FORMAT_Z_PIXMAP, pixmap, gc, size.width(), rows, 0, top, 0, screen->root_depth,
+        xcb_put_image(x, XCB_IMAGE_FORMAT_Z_PIXMAP, pixmap, gc, size.width(), rows, 0, top, 0, screen->root_depth,
                       rows * picture.bytesPerLine(), picture.constScanLine(top));
-        if (auto* e = xcb_request_check(x, c)) { fprintf(stderr, "DBG put error %d\n", e->error_code); free(e); break; }
     }
     auto* reply = xcb_intern_atom_reply(x, xcb_intern_atom(x, 0, 13, "_XROOTPMAP_ID"), nullptr);
     xcb_change_property(x, XCB_PROP_MODE_REPLACE, screen->root, reply->atom, XCB_ATOM_PIXMAP, 32, 1, &pixmap);
