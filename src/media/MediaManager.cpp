@@ -437,8 +437,12 @@ void MediaManager::sendCommand(MediaCommand command, const QString& scriptAction
 
 void MediaManager::togglePlayPause()
 {
-    if (m_preferredMediaSource == MediaSource::systemWide)
+    if (m_preferredMediaSource == MediaSource::systemWide) {
         setIsPlaying(!m_isPlaying);
+        // The player's answer will say nothing new: a track played again after its activity
+        // was put away shows now.
+        updateLiveActivities();
+    }
     sendCommand(MediaCommand::togglePlayPause, QStringLiteral("playpause"));
 }
 

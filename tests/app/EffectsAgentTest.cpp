@@ -118,6 +118,16 @@ int vividPixels(const QImage& image)
     return count;
 }
 
+// The agent drawn with OpenGL: on this machine Mesa's software driver, which leaves two blocks of
+// its own unfreed at exit after it has been unloaded, so that no suppression can name it. Under
+// the leak checker these agents keep every other check but that one.
+void drawWithOpenGL(ScopedEnvironment& env)
+{
+    env.set("KELVANE_RENDERER", "opengl");
+    if (const QByteArray asan = qgetenv("ASAN_OPTIONS"); !asan.isEmpty())
+        env.set("ASAN_OPTIONS", asan + ":detect_leaks=0");
+}
+
 } // namespace
 
 // Drawn by the graphics card's interface (the shaders), on a busy desktop picture: the glass
@@ -128,7 +138,7 @@ TEST(EffectsAgent, TheGlassShowsTheDesktopPictureAndEachBackdropItsOwnColours)
     TemporaryHome home;
     SessionBus session;
     ScopedEnvironment env;
-    env.set("KELVANE_RENDERER", "opengl");
+    drawWithOpenGL(env);
     env.set("XDG_CURRENT_DESKTOP", "");
     setDesktopPicture(QSize(1600, 900));
     RunningAgent agent;
@@ -177,7 +187,7 @@ TEST(EffectsAgent, EachMediaEffectShowsBesideWhatPlays)
     TemporaryHome home;
     SessionBus session;
     ScopedEnvironment env;
-    env.set("KELVANE_RENDERER", "opengl");
+    drawWithOpenGL(env);
     QProcess player;
     player.start(KELVANE_MPRIS_TEST_PLAYER, {"vlc", "--identity", "VLC", "--title", "Golden Hour", "--artist",
                                              "Neon Sea", "--length", "200", "--status", "Playing"});

@@ -113,6 +113,17 @@ TEST(MediaManager, FollowsTheTrackMovesTheElapsedTimeAndRaisesTheActivity)
     EXPECT_FALSE(m.mediaRaised());
     EXPECT_EQ(m.manager->title(), "Song");
 
+    // Played again after that, by the player itself or from the notch: the activity comes back.
+    m.deliver(record("Song", "vlc", true));
+    EXPECT_TRUE(m.mediaRaised());
+    m.scheduler.advance(1s);
+    m.deliver(record("Song", "vlc", false));
+    m.scheduler.advance(10s);
+    ASSERT_FALSE(m.mediaRaised());
+    m.manager->togglePlayPause();
+    m.deliver(record("Song", "vlc", true));
+    EXPECT_TRUE(m.mediaRaised());
+
     // Nothing playing any more.
     m.deliver(TrackInfo{});
     EXPECT_FALSE(m.manager->hasTrack());

@@ -1,3 +1,5 @@
+#include "effects/MediaEffectStyle.h"
+#include "settings/Keys.h"
 #include "support/FakeMediaEnvironment.h"
 #include "support/Polling.h"
 
@@ -13,6 +15,7 @@
 using namespace kelvane;
 using kelvane::test::FakeEnvironment;
 using kelvane::test::Media;
+using kelvane::test::waitUntil;
 
 namespace {
 // Items by name in the scene, repeated ones included.
@@ -90,4 +93,49 @@ TEST(MediaWidget, MenuPinsASourceAndPausesAndDismisses)
     tap(*window, "mediaPauseAndDismiss");
     EXPECT_EQ(sent, QStringList{":a 1"});
     EXPECT_FALSE(activities.rawActiveLiveActivities().count(LiveActivity::media));
+}
+
+// With colouring automatic, the widget takes the artwork's colour (its progress and a glow behind
+// the artwork) and rounds the artwork as the settings ask; without it, it stays white and plain.
+TEST(MediaWidget, TakesTheArtworksColourWhenColouringIsAutomatic)
+{
+    Media m(MediaSource::systemWide);
+    TrackInfo playing;
+    playing.payload = TrackInfo::Payload{};
+    playing.payload->title = "Song";
+    playing.payload->bundleIdentifier = "mpv";
+    playing.payload->isPlaying = true;
+    m.deliver(playing);
+    m.settings.update(Keys::mediaLiveActivitySettings(), [](MediaLiveActivitySettings& s) { s.albumCornerRadius = 16; });
+    MediaEffectStyle style(m.settings, nullptr);
+    QImage red(40, 40, QImage::Format_RGB32);
+    red.fill(QColor(200, 30, 40));
+    style.setArtwork("a", red);
+    ASSERT_TRUE(waitUntil([&] { return style.artworkColor().isValid(); }));
+
+    QQmlEngine engine;
+    engine.rootContext()->setContextProperty("mediaManager", m.manager.get());
+    engine.rootContext()->setContextProperty("mediaStyle", &style);
+    QQmlComponent component(&engine);
+    component.setData(R"(import QtQuick
+        Window { width: 300; height: 150; visible: true; color: "black"
+            MediaWidget { anchors.fill: parent; anchors.margins: 10; media: mediaManager; style: mediaStyle } })",
+                      QUrl("qrc:/kelvane/ui/MediaWidgetTest.qml"));
+    std::unique_ptr<QQuickWindow> window(qobject_cast<QQuickWindow*>(component.create()));
+    ASSERT_TRUE(window) << component.errorString().toStdString();
+    const QQuickItem* progress = findItem(window->contentItem(), "mediaProgress");
+    const QQuickItem* glow = findItem(window->contentItem(), "mediaGlow");
+    ASSERT_TRUE(progress && glow);
+    const QQuickItem* art = findItem(window->contentItem(), "mediaArtwork");
+    ASSERT_TRUE(art);
+    EXPECT_EQ(art->property("radius").toReal(), 24.0);
+
+    const QColor tinted = progress->property("color").value<QColor>();
+    EXPECT_GT(tinted.red(), 150);
+    EXPECT_LT(tinted.green(), 100);
+    EXPECT_TRUE(glow->isVisible());
+
+    m.settings.update(Keys::mediaLiveActivitySettings(), [](MediaLiveActivitySettings& s) { s.isAutomaticallyColored = false; });
+    EXPECT_EQ(progress->property("color").value<QColor>(), QColor(Qt::white));
+    EXPECT_FALSE(glow->isVisible());
 }

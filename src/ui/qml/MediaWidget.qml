@@ -6,7 +6,12 @@ import QtQuick
 Item {
     id: widget
     property QtObject media: null
+    // The colours and corners the media settings ask for (the artwork's own colour when colouring
+    // is automatic).
+    property QtObject style: null
     readonly property bool hasTrack: media !== null && media.hasTrack
+    readonly property color tint: style ? style.accent : "white"
+    readonly property bool tinted: hasTrack && style !== null && style.artworkColor.valid && !Qt.colorEqual(tint, "white")
     readonly property real duration: media ? media.duration : 0
     property real elapsed: 0
 
@@ -39,11 +44,31 @@ Item {
             menu.visible = false
     }
 
+    // The artwork's colour, glowing softly from behind it into the widget.
+    Rectangle {
+        objectName: "mediaGlow"
+        x: -6
+        y: -6
+        width: widget.width + 12
+        height: artwork.height + 12
+        radius: 12
+        visible: widget.tinted
+        opacity: visible ? 1 : 0
+        Behavior on opacity { NumberAnimation { duration: 300 } }
+        gradient: Gradient {
+            orientation: Gradient.Horizontal
+            GradientStop { position: 0; color: Qt.rgba(widget.tint.r, widget.tint.g, widget.tint.b, 0.32) }
+            GradientStop { position: 0.7; color: Qt.rgba(widget.tint.r, widget.tint.g, widget.tint.b, 0.06) }
+            GradientStop { position: 1; color: "transparent" }
+        }
+    }
+
     Rectangle {
         id: artwork
+        objectName: "mediaArtwork"
         width: 48
         height: 48
-        radius: 8
+        radius: widget.style ? Math.min(24, widget.style.albumCornerRadius * 48 / 32) : 8
         color: "#2c2c2e"
         clip: true
         Image {
@@ -107,7 +132,7 @@ Item {
                 objectName: "mediaProgress"
                 height: parent.height
                 radius: 2
-                color: "white"
+                color: widget.tint
                 width: widget.duration > 0 ? parent.width * Math.min(1, widget.elapsed / widget.duration) : 0
             }
         }

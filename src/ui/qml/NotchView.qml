@@ -448,6 +448,7 @@ Item {
                 timers: root.timers
                 timerCommands: root.timerCommands
                 media: root.media
+                mediaStyle: root.mediaStyle
                 tray: root.tray
                 calendar: root.calendar
                 calendarFiles: root.calendarFiles

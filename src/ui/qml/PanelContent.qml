@@ -11,6 +11,7 @@ Item {
     property QtObject timers: null
     property QtObject timerCommands: null
     property QtObject media: null
+    property QtObject mediaStyle: null
     property QtObject tray: null
     property QtObject calendar: null
     property QtObject calendarFiles: null
@@ -137,7 +138,10 @@ Item {
 
     Component {
         id: mediaWidget
-        MediaWidget { media: panel.media }
+        MediaWidget {
+            media: panel.media
+            style: panel.mediaStyle
+        }
     }
     Component {
         id: calendarWidget
