@@ -37,6 +37,13 @@ int main(int argc, char** argv)
     // Cameras come through Qt Multimedia's GStreamer back end, which the camera list is checked against.
     if (qEnvironmentVariableIsEmpty("QT_MEDIA_BACKEND"))
         qputenv("QT_MEDIA_BACKEND", "gstreamer");
+    // Drawn in software, the notch mostly repaints small areas often (the sound's bars, thirty
+    // times a second). Handed over in shared memory, each frame costs a round trip to the X
+    // server before the next one may be drawn; sent with the request, a small area costs one
+    // write. Measured with the bars moving: a third less processor time; a panel opening and
+    // closing over and over: a twentieth more.
+    if (qEnvironmentVariableIsEmpty("QT_XCB_NO_MITSHM"))
+        qputenv("QT_XCB_NO_MITSHM", "1");
 
     QGuiApplication app(argc, argv);
     QGuiApplication::setApplicationName(QStringLiteral("kelvane"));

@@ -36,8 +36,7 @@
 
 namespace kelvane {
 
-namespace {
-void registerTypes()
+void QuickNotchWindowFactory::registerTypes()
 {
     static bool registered = false;
     if (registered)
@@ -80,7 +79,6 @@ void registerTypes()
     qmlRegisterUncreatableType<SettingsRecordModel>(uri, 1, 0, "SettingsRecord", application);
     qmlRegisterUncreatableType<WidgetGridModel>(uri, 1, 0, "WidgetGridModel", application);
 }
-} // namespace
 
 QuickNotchWindowFactory::QuickNotchWindowFactory()
 {

@@ -14,6 +14,8 @@ class KelvaneState;
 class QuickNotchWindowFactory final : public NotchWindowFactory {
 public:
     QuickNotchWindowFactory();
+    // The project's own QML types (module "Kelvane"), for every view that uses them.
+    static void registerTypes();
     std::unique_ptr<NotchWindow> createWindow(const NotchWindowSetup& setup) override;
     // The one QML engine of the agent, for its other windows too.
     QQmlEngine& engine() { return m_engine; }

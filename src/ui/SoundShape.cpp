@@ -2,7 +2,9 @@
 
 #include <QPainter>
 #include <QPainterPath>
+#include <QQuickWindow>
 
+#include <algorithm>
 #include <cmath>
 #include <numbers>
 
@@ -40,16 +42,22 @@ void SoundShape::setLevel(qreal level)
         return;
     m_level = level;
     Q_EMIT changed();
-    update();
+    // Only the ring is drawn by the level.
+    if (m_kind == QLatin1StringView("vibratingCircle"))
+        update();
 }
 
 void SoundShape::setBars(const QList<qreal>& bars)
 {
     if (bars == m_bars)
         return;
+    // Bars that would be drawn to the same half pixel are not drawn again: steady music then
+    // costs nothing on screen.
+    const bool shows = m_kind != QLatin1StringView("audioSpectrograph") || barRects(bars) != barRects(m_bars);
     m_bars = bars;
     Q_EMIT changed();
-    update();
+    if (shows)
+        update();
 }
 
 void SoundShape::paint(QPainter* painter)
@@ -99,19 +107,28 @@ void SoundShape::paintWave(QPainter* painter, double time)
     }
 }
 
-void SoundShape::paintBars(QPainter* painter)
+std::vector<QRectF> SoundShape::barRects(const QList<qreal>& bars) const
 {
-    const int count = std::max<int>(1, int(m_bars.size()));
+    const int count = std::max<int>(1, int(bars.size()));
     const double gap = std::max(1.0, width() / 20);
     const double barWidth = std::max(2.0, (width() - gap * (count - 1)) / count);
-    painter->setPen(Qt::NoPen);
-    painter->setBrush(m_color);
+    const double step = 0.5 / std::max(1.0, window() ? window()->effectiveDevicePixelRatio() : 1.0);
+    std::vector<QRectF> rects;
     for (int i = 0; i < count; ++i) {
         // A still bar is a dot; the loudest fills the height.
-        const double h = std::max(barWidth, height() * std::clamp(m_bars.value(i), 0.0, 1.0));
-        painter->drawRoundedRect(QRectF(i * (barWidth + gap), (height() - h) / 2, barWidth, h), barWidth / 2,
-                                 barWidth / 2);
+        const double level = std::isfinite(bars.value(i)) ? std::clamp(bars.value(i), 0.0, 1.0) : 0.0;
+        const double h = std::round(std::max(barWidth, height() * level) / step) * step;
+        rects.emplace_back(i * (barWidth + gap), (height() - h) / 2, barWidth, h);
     }
+    return rects;
+}
+
+void SoundShape::paintBars(QPainter* painter)
+{
+    painter->setPen(Qt::NoPen);
+    painter->setBrush(m_color);
+    for (const QRectF& bar : barRects(m_bars))
+        painter->drawRoundedRect(bar, bar.width() / 2, bar.width() / 2);
 }
 
 void SoundShape::paintCircle(QPainter* painter, double time)

@@ -5,13 +5,16 @@
 #include <QColor>
 #include <QElapsedTimer>
 #include <QQuickPaintedItem>
+#include <QRectF>
+
+#include <vector>
 
 namespace kelvane {
 
 // A shape that moves with the sound: the spectrum's bars ("audioSpectrograph"), a wave line across
 // the item ("waves") or a ring whose rim noise pushes out and in ("vibratingCircle"). It is drawn again only when the
-// sound's level changes, so it stands still when nothing plays and costs nothing then; drawn with a painter, it looks
-// the same under every scene renderer.
+// sound changes what it shows, so it stands still when nothing plays and costs nothing then; drawn with a painter, it
+// looks the same under every scene renderer.
 class SoundShape : public QQuickPaintedItem {
     Q_OBJECT
     Q_PROPERTY(QString kind READ kind WRITE setKind NOTIFY changed)
@@ -43,6 +46,8 @@ private:
     void paintWave(QPainter* painter, double time);
     void paintCircle(QPainter* painter, double time);
     void paintBars(QPainter* painter);
+    // Where each bar is drawn, its height to the half device pixel.
+    std::vector<QRectF> barRects(const QList<qreal>& bars) const;
 
     QString m_kind = QStringLiteral("waves");
     QColor m_color = Qt::white;

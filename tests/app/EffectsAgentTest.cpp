@@ -178,6 +178,8 @@ TEST(EffectsAgent, TheGlassShowsTheDesktopPictureAndEachBackdropItsOwnColours)
     for (int a = 0; a < panels.size(); ++a)
         for (int b = a + 1; b < panels.size(); ++b)
             EXPECT_GT(difference(panels[a], panels[b]), 12) << kinds[a].toStdString() << " " << kinds[b].toStdString();
+    // Every view the panel is made of loaded.
+    EXPECT_FALSE(agent.readOutput().contains("[NotchWindow] qrc:")) << agent.output.toStdString();
 }
 
 // Each media effect beside the title of what plays, with the glass on; the animations are drawn

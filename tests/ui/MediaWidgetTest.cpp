@@ -1,6 +1,7 @@
 #include "effects/MediaEffectStyle.h"
 #include "settings/Keys.h"
 #include "support/FakeMediaEnvironment.h"
+#include "ui/QuickNotchWindowFactory.h"
 #include "support/Polling.h"
 
 #include <QQmlComponent>
@@ -64,6 +65,7 @@ TEST(MediaWidget, MenuPinsASourceAndPausesAndDismisses)
     playing.payload->isPlaying = true;
     m.deliver(playing);
 
+    QuickNotchWindowFactory::registerTypes();
     QQmlEngine engine;
     engine.rootContext()->setContextProperty("mediaManager", &media);
     QQmlComponent component(&engine);
@@ -113,6 +115,7 @@ TEST(MediaWidget, TakesTheArtworksColourWhenColouringIsAutomatic)
     style.setArtwork("a", red);
     ASSERT_TRUE(waitUntil([&] { return style.artworkColor().isValid(); }));
 
+    QuickNotchWindowFactory::registerTypes();
     QQmlEngine engine;
     engine.rootContext()->setContextProperty("mediaManager", m.manager.get());
     engine.rootContext()->setContextProperty("mediaStyle", &style);

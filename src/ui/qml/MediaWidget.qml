@@ -1,4 +1,5 @@
 import QtQuick
+import Kelvane
 
 // What is playing: artwork, title and artist, how far it has got, and the playback controls.
 // A click on the artwork brings the player forward; a click on the bar moves playback there; the
@@ -70,10 +71,17 @@ Item {
         height: 48
         radius: widget.style ? Math.min(24, widget.style.albumCornerRadius * 48 / 32) : 8
         color: "#2c2c2e"
-        clip: true
+        clip: widget.style === null
+        // The artwork, rounded as the settings ask.
+        RoundedImage {
+            anchors.fill: parent
+            visible: widget.style !== null && widget.hasTrack && widget.media.hasArtwork
+            image: widget.style ? widget.style.artwork : null
+            radius: artwork.radius
+        }
         Image {
             anchors.fill: parent
-            visible: widget.hasTrack && widget.media.hasArtwork
+            visible: widget.style === null && widget.hasTrack && widget.media.hasArtwork
             source: visible ? "image://media/" + encodeURIComponent(widget.media.albumId) : ""
             sourceSize: Qt.size(112, 112)
             fillMode: Image.PreserveAspectCrop
