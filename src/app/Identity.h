@@ -8,6 +8,8 @@ namespace kelvane::identity {
 inline constexpr char currentPrefix[] = "io.kelvane.";
 inline constexpr char legacyPrefix[] = "com.kelvanelabs.";
 inline constexpr char bundleIdentifier[] = "io.kelvane.Kelvane";
+// The version being run, as the project declares it.
+inline constexpr char version[] = KELVANE_VERSION;
 
 // The scripting surface on the session bus.
 inline constexpr char busName[] = "io.kelvane.Kelvane";

@@ -12,7 +12,10 @@
 #include <QGuiApplication>
 #include <QUrl>
 
+#include <cstdio>
 #include <cstdlib>
+#include <cstring>
+#include <optional>
 
 using namespace kelvane;
 
@@ -26,10 +29,43 @@ void terminateAtExit()
     if (s_delegate)
         s_delegate->applicationWillTerminate();
 }
+
+// What the command line asks that is answered without starting the agent: its version, its help,
+// or an option it does not know. No display, bus or saved file is touched for these.
+std::optional<int> answerWithoutStarting(int argc, char** argv)
+{
+    for (int i = 1; i < argc; ++i) {
+        const char* argument = argv[i];
+        if (std::strcmp(argument, "--version") == 0 || std::strcmp(argument, "-v") == 0) {
+            std::printf("Kelvane %s\n", identity::version);
+            return 0;
+        }
+        const bool help = std::strcmp(argument, "--help") == 0 || std::strcmp(argument, "-h") == 0;
+        if (help || (argument[0] == '-' && argument[1] != '\0')) {
+            if (!help)
+                std::fprintf(stderr, "kelvane: unknown option %s\n", argument);
+            std::fprintf(help ? stdout : stderr,
+                         "Usage: kelvane [OPTION]\n"
+                         "Live activities, widgets and a file tray in a notch at the top of every screen.\n"
+                         "\n"
+                         "Started while Kelvane already runs, it brings the running one's settings forward.\n"
+                         "\n"
+                         "  -h, --help     show this help and end\n"
+                         "  -v, --version  show the version and end\n"
+                         "\n"
+                         "The running Kelvane is driven with kelvanectl (see kelvanectl --help).\n");
+            return help ? 0 : 2;
+        }
+    }
+    return std::nullopt;
+}
 } // namespace
 
 int main(int argc, char** argv)
 {
+    if (const std::optional<int> status = answerWithoutStarting(argc, argv))
+        return *status;
+
     // Windows above the others at a chosen place need X11 (also through XWayland); without an X
     // server the agent still runs, its notches kept off screen.
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))

@@ -102,6 +102,10 @@ int main(int argc, char** argv)
         std::fputs(usage, args.isEmpty() ? stderr : stdout);
         return args.isEmpty() ? 2 : 0;
     }
+    if (args.first() == QLatin1StringView("--version") || args.first() == QLatin1StringView("-v")) {
+        std::printf("kelvanectl %s\n", identity::version);
+        return 0;
+    }
     QString error;
     const auto request = ctl::parse(args, error);
     if (!request)

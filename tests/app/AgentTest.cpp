@@ -233,3 +233,35 @@ TEST(Agent, RunsWithoutABusAndEndsWithItsXServer)
         "[HUDManager] enableSystemHUD: OSDUIHelper not running, nothing to kill\n"))
         << agent.output.toStdString();
 }
+
+// Asked for its version or its help, either program answers at once and starts nothing: no
+// display, no bus, no file written; an option it does not know is an error.
+TEST(Agent, AnswersVersionAndHelpWithoutStarting)
+{
+    TemporaryHome home;
+    ScopedEnvironment env;
+    env.set("DISPLAY", "");
+    env.set("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent/bus");
+    const QString agent = qEnvironmentVariable("KELVANE_BINARY");
+    const struct {
+        QString program;
+        QStringList arguments;
+        int status;
+        QString out;
+        QString err;
+    } asked[] = {
+        {agent, {"--version"}, 0, "Kelvane " KELVANE_VERSION "\n", ""},
+        {agent, {"-v"}, 0, "Kelvane " KELVANE_VERSION "\n", ""},
+        {agent, {"--help"}, 0, "Usage: kelvane [OPTION]", ""},
+        {agent, {"--frobnicate"}, 2, "", "kelvane: unknown option --frobnicate"},
+        {binary("kelvanectl"), {"--version"}, 0, "kelvanectl " KELVANE_VERSION "\n", ""},
+    };
+    for (const auto& a : asked) {
+        const Result result = run(a.program, a.arguments);
+        EXPECT_EQ(result.status, a.status) << a.arguments.join(' ').toStdString();
+        EXPECT_EQ(result.out.left(a.out.size()), a.out);
+        EXPECT_EQ(result.err.left(a.err.size()), a.err);
+    }
+    EXPECT_TRUE(QDir(home.path() + "/.local/share").isEmpty(QDir::AllEntries | QDir::NoDotAndDotDot));
+    EXPECT_TRUE(QDir(home.configPath()).isEmpty(QDir::AllEntries | QDir::NoDotAndDotDot));
+}
