@@ -27,6 +27,7 @@
 #include "notch/NotchViewModel.h"
 #include "notch/WindowsManager.h"
 #include "notes/NotesManager.h"
+#include "effects/AudioVisualizer.h"
 #include "timers/TimerCommands.h"
 #include "timers/TuckleTimersStore.h"
 #include "tray/Tray.h"
@@ -78,6 +79,7 @@ void QuickNotchWindowFactory::registerTypes()
     qmlRegisterUncreatableType<ExpandedNoteManager>(uri, 1, 0, "ExpandedNoteManager", owned);
     qmlRegisterUncreatableType<SettingsRecordModel>(uri, 1, 0, "SettingsRecord", application);
     qmlRegisterUncreatableType<WidgetGridModel>(uri, 1, 0, "WidgetGridModel", application);
+    qmlRegisterUncreatableType<AudioVisualizer>(uri, 1, 0, "AudioVisualizer", application);
 }
 
 QuickNotchWindowFactory::QuickNotchWindowFactory()

@@ -60,6 +60,23 @@ void SoundShape::setBars(const QList<qreal>& bars)
         update();
 }
 
+void SoundShape::setVisualizer(AudioVisualizer* visualizer)
+{
+    if (visualizer == m_visualizer)
+        return;
+    disconnect(m_following);
+    m_visualizer = visualizer;
+    if (visualizer) {
+        const auto follow = [this] {
+            setBars(m_visualizer->bars());
+            setLevel(m_visualizer->level());
+        };
+        m_following = connect(visualizer, &AudioVisualizer::barsChanged, this, follow);
+        follow();
+    }
+    Q_EMIT visualizerChanged();
+}
+
 void SoundShape::paint(QPainter* painter)
 {
     painter->setRenderHint(QPainter::Antialiasing);

@@ -1,9 +1,11 @@
 #pragma once
 
+#include "effects/AudioVisualizer.h"
 #include "effects/PerlinNoise.h"
 
 #include <QColor>
 #include <QElapsedTimer>
+#include <QPointer>
 #include <QQuickPaintedItem>
 #include <QRectF>
 
@@ -23,6 +25,9 @@ class SoundShape : public QQuickPaintedItem {
     Q_PROPERTY(qreal level READ level WRITE setLevel NOTIFY changed)
     // The bands' loudness, low to high: the wave's detail.
     Q_PROPERTY(QList<qreal> bars READ bars WRITE setBars NOTIFY changed)
+    // Where the bars and the level come from while the sound is heard: read here at each update,
+    // without a trip through the script engine thirty times a second.
+    Q_PROPERTY(kelvane::AudioVisualizer* visualizer READ visualizer WRITE setVisualizer NOTIFY visualizerChanged)
 public:
     explicit SoundShape(QQuickItem* parent = nullptr);
 
@@ -34,11 +39,14 @@ public:
     void setLevel(qreal level);
     QList<qreal> bars() const { return m_bars; }
     void setBars(const QList<qreal>& bars);
+    AudioVisualizer* visualizer() const { return m_visualizer; }
+    void setVisualizer(AudioVisualizer* visualizer);
 
     void paint(QPainter* painter) override;
 
 Q_SIGNALS:
     void changed();
+    void visualizerChanged();
 
 private:
     // Seconds since the item was made: where the noise is read.
@@ -53,6 +61,8 @@ private:
     QColor m_color = Qt::white;
     qreal m_level = 0;
     QList<qreal> m_bars;
+    QPointer<AudioVisualizer> m_visualizer;
+    QMetaObject::Connection m_following;
     PerlinNoise m_noise{7};
     QElapsedTimer m_clock;
 };

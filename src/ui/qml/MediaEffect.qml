@@ -10,7 +10,6 @@ Item {
     property bool playing: false
     readonly property string kind: style ? style.effect : "audioSpectrograph"
     readonly property color tint: style ? style.accent : "white"
-    readonly property var bars: visualizer ? visualizer.bars : [0, 0, 0, 0, 0, 0]
 
     // Heard by the visualizer as one more viewer while it shows a sound-driven effect.
     readonly property bool listening: visible && kind !== "gif"
@@ -24,8 +23,7 @@ Item {
         visible: effect.kind !== "gif"
         kind: effect.kind
         color: effect.tint
-        level: effect.visualizer ? effect.visualizer.level : 0
-        bars: effect.bars
+        visualizer: effect.visualizer
     }
 
     Item {
