@@ -410,6 +410,9 @@ void MediaManager::refreshNowPlayingClients()
 
 void MediaManager::resetData()
 {
+    // An update still held back by the throttle speaks of what is gone.
+    m_throttledTrackUpdate.cancel();
+    m_pendingTrackInfo.reset();
     setTrack(Track::empty());
     setIsPlaying(false);
     setElapsedTime(0);

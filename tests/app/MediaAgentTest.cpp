@@ -112,7 +112,8 @@ TEST(MediaAgent, FollowsARealPlayerThroughPauseCrashAndReplacement)
     player.reset();
     EXPECT_TRUE(waitUntil([] { return media()["track"].isNull(); }, 5000));
     EXPECT_TRUE(media()["sources"].toArray().isEmpty());
-    EXPECT_TRUE(waitUntil([] { return notch("M1")["topBarText"].toString().isEmpty(); }, 3000));
+    EXPECT_TRUE(waitUntil([] { return notch("M1")["topBarText"].toString().isEmpty(); }, 3000))
+        << notch("M1")["topBarText"].toString().toStdString();
 
     player = std::make_unique<Player>(tone);
     // The new player is found as it appears and taken up afresh half a second later.

@@ -76,14 +76,27 @@ TEST(VolumeKeysAgent, ShowsTheServersLevelForASecondAfterTheLastPress)
     EXPECT_NEAR(SoundServer::level(), 0.6, 0.005);
     EXPECT_EQ(indicator()["kind"].toString(), "volume");
     EXPECT_TRUE(notch("M2")["indicator"].isNull());
-    // Kept as a picture: the symbol left of the camera, the level bar right of it, in white (drawn
-    // a moment after the state says so on a loaded machine, so looked at until then).
+    // Up a second after the second press, then gone.
+    while (sinceLast.elapsed() < 700) {
+        EXPECT_FALSE(indicator().isNull()) << sinceLast.elapsed();
+        QThread::msleep(100);
+    }
+    EXPECT_TRUE(waitUntil([] { return indicator().isNull(); }, 2000));
+
+    // Kept as a picture: the symbol left of the camera, the level bar right of it, in white. The
+    // level is stepped down and up again to show it; a loaded machine may draw it late or take
+    // its picture after it went, so it is looked at until seen, and shown again if gone.
     QDir().mkpath(KELVANE_ARTIFACTS);
     const QString shot = QStringLiteral(KELVANE_ARTIFACTS) + "/face-indicator.png";
     const QJsonObject window = notch("M1")["window"].toObject();
     const int centre = window["x"].toInt() + window["width"].toInt() / 2;
     int symbol = 0, bar = 0;
     waitUntil([&] {
+        if (indicator().isNull()) {
+            press("XF86AudioLowerVolume");
+            press("XF86AudioRaiseVolume");
+            waitUntil([] { return !indicator().isNull(); }, 1000);
+        }
         XvfbServer::current()->run("import", {"-window", "root", shot});
         const QImage picture(shot);
         const auto ink = [&](int from, int to) {
@@ -96,15 +109,11 @@ TEST(VolumeKeysAgent, ShowsTheServersLevelForASecondAfterTheLastPress)
         symbol = ink(centre - 200, centre);
         bar = ink(centre, centre + 200);
         return symbol > 3 && bar > 10;
-    }, 600);
+    }, 8000);
     EXPECT_GT(symbol, 3);
     EXPECT_GT(bar, 10);
-    // Up a second after the second press, then gone.
-    while (sinceLast.elapsed() < 700) {
-        EXPECT_FALSE(indicator().isNull()) << sinceLast.elapsed();
-        QThread::msleep(100);
-    }
     EXPECT_TRUE(waitUntil([] { return indicator().isNull(); }, 2000));
+    EXPECT_NEAR(SoundServer::level(), 0.6, 0.005);
 
     press("XF86AudioPlay");
     QThread::msleep(500);

@@ -141,6 +141,15 @@ TEST(MediaManager, HandlesAtMostOneTrackUpdateASecondAndAlwaysTheLast)
     m.scheduler.advance(1s);
     EXPECT_LE(changed.count(), 11);
     EXPECT_EQ(m.manager->title(), "500");
+
+    // A player that vanishes with an update still held back is not brought back by it.
+    m.deliver(record("Last words"));
+    m.scheduler.advance(100ms);
+    m.deliver(record("Held back"));
+    m.deliver(TrackInfo{});
+    m.scheduler.advance(2s);
+    EXPECT_FALSE(m.manager->hasTrack());
+    EXPECT_FALSE(m.mediaRaised());
 }
 
 TEST(MediaManager, APinnedPlayerOnlyHearsItselfAndAQuietPinIsLetGo)
