@@ -1,14 +1,19 @@
 #include "AppDelegate.h"
 
+#include "ChangeLog.h"
 #include "Identity.h"
 
 #include "core/HandOff.h"
 #include "core/Log.h"
 #include "platform/linux/X11WindowHints.h"
+#include "platform/linux/XdgAutostart.h"
 #include "ui/CodeHighlighter.h"
 
+#include <QFile>
 #include <QGuiApplication>
 #include <QLocale>
+#include <QQmlComponent>
+#include <QQuickWindow>
 #include <QScreen>
 #include <QWindow>
 
@@ -236,6 +241,8 @@ void AppDelegate::applicationDidFinishLaunching()
     connect(m_windowsManager.get(), &WindowsManager::displayKitsChanged, m_windowsManager.get(), followFullScreen);
     followFullScreen();
     m_notchCommands = std::make_unique<NotchCommands>(*m_windowsManager, m_screens);
+    // Once the notches are on screen: what is new since the version last run, after an update.
+    m_changeLogCheck = m_scheduler.post([this] { showChangeLog(true); });
     // A new track peeks out of the closed notch: its title, and its artist below.
     m_quickPeeks = std::make_unique<QuickPeeks>(m_scheduler, m_settings, *m_windowsManager);
     connect(m_media.get(), &MediaManager::trackChanged, this, [this] {
@@ -257,8 +264,32 @@ void AppDelegate::applicationDidFinishLaunching()
         if (m_quickPeeks && m_settings.value(Keys::liveActivitiesSettings()).quickPeekEvent)
             m_quickPeeks->post(QuickPeek{title, when});
     });
-    m_settingsWindow = std::make_unique<SettingsWindow>(m_windowFactory.engine(), m_settings,
-                                                        [this] { terminate(); });
+    m_autostart = std::make_unique<XdgAutostart>(QLatin1StringView(identity::bundleIdentifier), QStringLiteral("Kelvane"),
+                                                 QCoreApplication::applicationFilePath());
+    SettingsWindow::Hooks hooks;
+    hooks.quit = [this] { terminate(); };
+    hooks.calibrate = [this](const QString& what) {
+        if (const auto error = m_notchCommands->calibrate(what, {}))
+            logLine(u"AppDelegate", *error);
+    };
+    hooks.loginItem = m_autostart.get();
+    const auto place = [](const QString& title, const QString& path) {
+        return QVariantMap{{QStringLiteral("title"), title}, {QStringLiteral("path"), path}};
+    };
+    hooks.places = {place(QStringLiteral("Settings"),
+                          identity::preferencesPath(QLatin1StringView(identity::bundleIdentifier))),
+                    place(QStringLiteral("Data: notes, to-dos, quick apps, calendars"), dataFolder),
+                    place(QStringLiteral("Tray files"), m_tray->trayFolder()),
+                    place(QStringLiteral("Shortcuts"), dataFolder + QStringLiteral("/Shortcuts")),
+                    place(QStringLiteral("Start at login"), m_autostart->entryPath())};
+    hooks.cameras = [this] {
+        QVariantList list;
+        for (const CameraInfo& camera : m_cameras->cameras())
+            list << QVariantMap{{QStringLiteral("value"), camera.id}, {QStringLiteral("title"), camera.description}};
+        return list;
+    };
+    hooks.showChangeLog = [this] { showChangeLog(false); };
+    m_settingsWindow = std::make_unique<SettingsWindow>(m_windowFactory.engine(), m_settings, std::move(hooks));
     connect(m_windowsManager.get(), &WindowsManager::settingsRequested, m_settingsWindow.get(),
             &SettingsWindow::show);
 
@@ -268,6 +299,34 @@ void AppDelegate::applicationDidFinishLaunching()
     setupMenu();
     startBriVolKeyListener();
     m_appInitialized = true;
+}
+
+void AppDelegate::showChangeLog(bool afterUpdate)
+{
+    QFile file(QStringLiteral(":/kelvane/CHANGELOG.md"));
+    const QList<Release> log = file.open(QIODevice::ReadOnly) ? parseChangeLog(QString::fromUtf8(file.readAll()))
+                                                              : QList<Release>();
+    const QVersionNumber running = QVersionNumber::fromString(QLatin1StringView(identity::version));
+    const QList<Release> releases = afterUpdate ? releasesSinceLastRun(m_settings, running, log) : log;
+    if (releases.isEmpty())
+        return;
+    QVariantList list;
+    for (const Release& release : releases)
+        list << QVariantMap{{QStringLiteral("version"), release.version.toString()},
+                            {QStringLiteral("date"), release.date},
+                            {QStringLiteral("changes"), release.changes}};
+    QQmlComponent component(&m_windowFactory.engine(), QUrl(QStringLiteral("qrc:/kelvane/ui/ChangeLogWindow.qml")));
+    QObject* root = component.createWithInitialProperties(
+        {{QStringLiteral("releases"), list}, {QStringLiteral("afterUpdate"), afterUpdate}});
+    m_changeLogWindow.reset(qobject_cast<QQuickWindow*>(root));
+    if (!m_changeLogWindow) {
+        delete root;
+        logLine(u"AppDelegate", component.errorString().trimmed());
+        return;
+    }
+    m_changeLogWindow->show();
+    m_changeLogWindow->raise();
+    m_changeLogWindow->requestActivate();
 }
 
 void AppDelegate::startBriVolKeyListener()

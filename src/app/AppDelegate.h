@@ -48,6 +48,7 @@
 #include "platform/linux/X11PointerProbe.h"
 #include "platform/linux/X11WindowStack.h"
 #include "platform/linux/XInputKeySource.h"
+#include "platform/linux/XdgAutostart.h"
 #include "settings/NativeSettingsDomain.h"
 #include "settings/SettingsStore.h"
 #include "timers/TimerCommands.h"
@@ -59,6 +60,8 @@
 #include "ui/QuickNoteWindow.h"
 #include "ui/SettingsRecordModel.h"
 #include "ui/SettingsWindow.h"
+
+#include <QQuickWindow>
 #include "ui/WidgetGridModel.h"
 
 #include <QObject>
@@ -87,6 +90,10 @@ public:
     void showSettings(const QString& pane = {});
     // Ends the application (the menu's "Quit Kelvane").
     void terminate();
+    // The "what is new" window: every release, or after an update the releases since the version
+    // last run. Nothing to list, nothing shown.
+    void showChangeLog(bool afterUpdate);
+    QQuickWindow* changeLogWindow() const { return m_changeLogWindow.get(); }
 
     bool appInitialized() const { return m_appInitialized; }
     WindowsManager* windowsManager() const { return m_windowsManager.get(); }
@@ -168,7 +175,10 @@ private:
     std::unique_ptr<SelectedLiveActivity> m_selectedLiveActivity;
     std::unique_ptr<TuckleTimersStore> m_timersStore;
     std::unique_ptr<TimerCommands> m_timerCommands;
+    std::unique_ptr<XdgAutostart> m_autostart;
     std::unique_ptr<SettingsWindow> m_settingsWindow;
+    std::unique_ptr<QQuickWindow> m_changeLogWindow;
+    ScheduledTask m_changeLogCheck;
     std::unique_ptr<NotesManager> m_notes;
     std::unique_ptr<SettingsRecordModel> m_notesSettings;
     std::unique_ptr<SettingsRecordModel> m_todoSettings;

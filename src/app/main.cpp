@@ -85,6 +85,7 @@ int main(int argc, char** argv)
     QGuiApplication::setApplicationName(QStringLiteral("kelvane"));
     QGuiApplication::setApplicationDisplayName(QStringLiteral("Kelvane"));
     QGuiApplication::setDesktopFileName(QLatin1StringView(identity::bundleIdentifier));
+    QGuiApplication::setApplicationVersion(QLatin1StringView(identity::version));
     QGuiApplication::setQuitOnLastWindowClosed(false);
     const QStringList arguments = app.arguments().mid(1);
 

@@ -53,6 +53,9 @@ QJsonObject NotchCommands::state() const
             {QStringLiteral("hidden"), kelvane.hidden()},
             {QStringLiteral("locked"), kelvane.locked()},
             {QStringLiteral("calibrating"), kit->viewModel->fineTuning()},
+            {QStringLiteral("introStep"), kit->viewModel->notchState() == NotchViewModel::State::showingIntro
+                                              ? QJsonValue(m_windows.intro().step())
+                                              : QJsonValue()},
             {QStringLiteral("fullScreen"), kit->viewModel->isFullScreen()},
             {QStringLiteral("shown"), !kit->viewModel->isDisabled() && !kit->viewModel->hiddenForFullScreen()},
             {QStringLiteral("quickPeek"), kelvane.hasQuickPeek() ? QJsonValue(kelvane.quickPeekTitle()) : QJsonValue()},

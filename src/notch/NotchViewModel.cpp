@@ -1,6 +1,7 @@
 #include "NotchViewModel.h"
 
 #include "FullscreenMonitor.h"
+#include "IntroGuide.h"
 #include "NotchGeometry.h"
 
 namespace kelvane {
@@ -45,9 +46,26 @@ void NotchViewModel::update(const GeneralSettings& settings, bool isNonNotchScre
     // Full-screen spaces are handled by the top bar, not here.
     Q_UNUSED(isFullScreen);
     const State state = isNonNotchScreen && !settings.enableOnNonNotchScreens ? State::disabled
+                        : m_introActive                                       ? State::showingIntro
                                                                               : State::standardContent;
     if (assign(m_notchState, state))
         Q_EMIT notchStateChanged();
+}
+
+QObject* NotchViewModel::intro() const { return m_introActive ? m_intro : nullptr; }
+
+void NotchViewModel::followIntro(IntroGuide& guide)
+{
+    m_intro = &guide;
+    const auto follow = [this, &guide] {
+        if (m_introActive == guide.isActive())
+            return;
+        m_introActive = guide.isActive();
+        update(m_general.get(), isNonNotch(), m_isFullScreen);
+        Q_EMIT notchStateChanged();
+    };
+    connect(&guide, &IntroGuide::changed, this, follow);
+    follow();
 }
 
 void NotchViewModel::setFullScreen(bool fullScreen)

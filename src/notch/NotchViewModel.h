@@ -9,6 +9,8 @@
 
 namespace kelvane {
 
+class IntroGuide;
+
 // View-level state of one notch window: its face, the pointer, and the sizes its content is drawn
 // at (the effective notch, the popped notch, the footprint of the open panel, the window itself).
 class NotchViewModel : public QObject {
@@ -16,6 +18,8 @@ class NotchViewModel : public QObject {
     Q_PROPERTY(State notchState READ notchState NOTIFY notchStateChanged)
     // "width" or "height" while a calibration face is up, empty otherwise.
     Q_PROPERTY(QString fineTuning READ fineTuning NOTIFY notchStateChanged)
+    // The introduction's steps, while its face is shown.
+    Q_PROPERTY(QObject* intro READ intro NOTIFY notchStateChanged)
     Q_PROPERTY(bool isDisabled READ isDisabled NOTIFY notchStateChanged)
     Q_PROPERTY(bool hovering READ hovering WRITE setHovering NOTIFY hoveringChanged)
     Q_PROPERTY(bool pressing READ pressing WRITE setPressing NOTIFY pressingChanged)
@@ -61,6 +65,9 @@ public:
     // The face for these settings: no notch at all on a screen without one when the user wants
     // notches only where there is a camera housing.
     void update(const GeneralSettings& settings, bool isNonNotch, bool isFullScreen);
+    // Shows the introduction's face (`showingIntro`) while the guide is active.
+    void followIntro(IntroGuide& guide);
+    QObject* intro() const;
 
     bool hovering() const { return m_hovering; }
     void setHovering(bool hovering);
@@ -117,6 +124,8 @@ private:
     bool m_cancelPan = false;
     bool m_animatingBack = false;
     bool m_isFullScreen = false;
+    bool m_introActive = false;
+    IntroGuide* m_intro = nullptr;
 };
 
 } // namespace kelvane

@@ -1,5 +1,6 @@
 #include "WindowsManager.h"
 
+
 #include "FullscreenMonitor.h"
 #include "NotchGeometry.h"
 
@@ -20,6 +21,7 @@ WindowsManager::WindowsManager(const Dependencies& dependencies, QObject* parent
     : QObject(parent)
     , m_deps(dependencies)
     , m_general(dependencies.settings, Keys::generalSettings(), this)
+    , m_intro(std::make_unique<IntroGuide>(dependencies.settings, dependencies.scheduler))
 {
     connect(&m_deps.screens, &ScreenProvider::screenParametersChanged, this,
             &WindowsManager::screenDidChange);
@@ -116,6 +118,7 @@ std::unique_ptr<DisplayKit> WindowsManager::setupDisplayKitForScreen(const Scree
         std::make_unique<NotchViewModel>(NotchViewModel::Screen{kit->notchSize, screen.frame.size(), ppi,
                                                                 isBuiltInPanel(screen.number.value_or(QString()))},
                                          *kit->kelvane, m_deps.settings);
+    kit->viewModel->followIntro(*m_intro);
     kit->controller = std::make_unique<NotchController>(*kit->kelvane, *kit->viewModel, m_deps.settings,
                                                         m_deps.scheduler, m_deps.haptics,
                                                         m_deps.trayFileCount);

@@ -4,6 +4,7 @@
 #include "DisplayKit.h"
 #include "ExpandedNoteManager.h"
 #include "HapticFeedback.h"
+#include "IntroGuide.h"
 #include "Indicator.h"
 #include "NotchWindow.h"
 #include "ScreenProvider.h"
@@ -43,6 +44,7 @@ public:
     ~WindowsManager() override;
 
     const std::vector<std::unique_ptr<DisplayKit>>& displayKits() const { return m_displayKits; }
+    IntroGuide& intro() const { return *m_intro; }
     DisplayKit* displayKit(const QUuid& id) const;
 
     // Closes every notch window and builds one per connected screen, in the system's order.
@@ -96,6 +98,8 @@ private:
     std::unique_ptr<NoteWindow> m_expandedNoteWindowController;
     Dependencies m_deps;
     SettingValue<GeneralSettings> m_general;
+    // Declared before the kits, whose views follow it.
+    std::unique_ptr<IntroGuide> m_intro;
     std::vector<std::unique_ptr<DisplayKit>> m_displayKits;
     ScheduledTask m_updateWindowsWorkItem;
     ScheduledTask m_menuTrackingEnd;

@@ -37,6 +37,28 @@ std::optional<QJsonValue> SettingsStore::jsonValue(const QString& name) const
     return std::nullopt;
 }
 
+namespace {
+template <class T>
+QStringList membersOf()
+{
+    QStringList names;
+    if constexpr (json::Record<T>)
+        std::apply([&](const auto&... field) { ((names << QString::fromUtf8(field.name.data(), qsizetype(field.name.size()))), ...); },
+                   T::fields());
+    return names;
+}
+} // namespace
+
+QStringList SettingsStore::memberNames(const QString& name)
+{
+#define KELVANE_KEY_MEMBERS(Type, keyName, initial)                                              \
+    if (name == Keys::keyName().name())                                                            \
+        return membersOf<Type>();
+    KELVANE_SETTINGS_KEYS(KELVANE_KEY_MEMBERS)
+#undef KELVANE_KEY_MEMBERS
+    return {};
+}
+
 SettingsStore::WriteResult SettingsStore::setJsonValue(const QString& name, const QJsonValue& json)
 {
 #define KELVANE_KEY_WRITE(Type, keyName, initial)                                                \

@@ -57,6 +57,9 @@ public:
     // Settings by name, for scripts and the settings window; values are JSON (records as objects).
     static QStringList keyNames();
     std::optional<QJsonValue> jsonValue(const QString& name) const;
+    // The names of a record's members, those left out while empty included; none for a plain
+    // setting or an unknown key.
+    static QStringList memberNames(const QString& name);
     enum class WriteResult { written, unknownKey, invalidValue };
     // Writes only a value that decodes, as a whole, for that key.
     WriteResult setJsonValue(const QString& name, const QJsonValue& value);

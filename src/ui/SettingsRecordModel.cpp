@@ -1,8 +1,19 @@
 #include "SettingsRecordModel.h"
 
+#include <QJSValue>
 #include <QJsonObject>
 
 namespace kelvane {
+
+namespace {
+// What a page hands over: lists and records arrive from script as script values.
+QJsonValue toJson(const QVariant& value)
+{
+    if (value.metaType() == QMetaType::fromType<QJSValue>())
+        return QJsonValue::fromVariant(value.value<QJSValue>().toVariant());
+    return QJsonValue::fromVariant(value);
+}
+} // namespace
 
 SettingsRecordModel::SettingsRecordModel(SettingsStore& settings, QString key, QObject* parent)
     : QObject(parent)
@@ -20,12 +31,22 @@ QVariantMap SettingsRecordModel::values() const
     return m_settings.jsonValue(m_key).value_or(QJsonValue()).toObject().toVariantMap();
 }
 
+QVariant SettingsRecordModel::value() const
+{
+    return m_settings.jsonValue(m_key).value_or(QJsonValue()).toVariant();
+}
+
+bool SettingsRecordModel::setValue(const QVariant& value)
+{
+    return m_settings.setJsonValue(m_key, toJson(value)) == SettingsStore::WriteResult::written;
+}
+
 bool SettingsRecordModel::setField(const QString& field, const QVariant& value)
 {
     QJsonObject record = m_settings.jsonValue(m_key).value_or(QJsonValue()).toObject();
-    if (!record.contains(field))
+    if (!SettingsStore::memberNames(m_key).contains(field))
         return false;
-    record.insert(field, QJsonValue::fromVariant(value));
+    record.insert(field, toJson(value));
     return m_settings.setJsonValue(m_key, record) == SettingsStore::WriteResult::written;
 }
 

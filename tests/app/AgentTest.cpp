@@ -14,6 +14,7 @@
 #include <QJsonObject>
 #include <QProcess>
 #include <QSettings>
+#include <QThread>
 
 #include <gtest/gtest.h>
 
@@ -22,7 +23,7 @@
 using namespace kelvane::test;
 
 namespace {
-QStringList settingsWindows() { return XvfbServer::current()->windowGeometries("Settings"); }
+QStringList settingsWindows() { return XvfbServer::current()->windowGeometries("Kelvane Settings"); }
 } // namespace
 
 // A notch on every monitor, following the monitors as they come and go, quiet on standard output.
@@ -264,4 +265,43 @@ TEST(Agent, AnswersVersionAndHelpWithoutStarting)
     }
     EXPECT_TRUE(QDir(home.path() + "/.local/share").isEmpty(QDir::AllEntries | QDir::NoDotAndDotDot));
     EXPECT_TRUE(QDir(home.configPath()).isEmpty(QDir::AllEntries | QDir::NoDotAndDotDot));
+}
+
+// The very first run introduces Kelvane in the notch, step by step, a click moving it on, and
+// shows no change log; the next start, after an update, says what is new in a window of its own
+// and does not introduce itself again.
+TEST(Agent, IntroducesItselfOnTheFirstRunAndSaysWhatIsNewAfterAnUpdate)
+{
+    TemporaryHome home;
+    SessionBus bus;
+    const QString confPath = home.configPath() + "/kelvane/kelvane.conf";
+    const auto changeLogWindows = [] { return XvfbServer::current()->windowGeometries("What Is New"); };
+    {
+        RunningAgent agent(true);
+        ASSERT_TRUE(agent.waitForNotches(2));
+        EXPECT_TRUE(waitUntil([] { return notch("M1")["introStep"] == 0; }))
+            << QJsonDocument(notch("M1")).toJson().toStdString();
+        const QJsonObject window = notch("M1")["window"].toObject();
+        const int centre = window["x"].toInt() + window["width"].toInt() / 2;
+        QDir().mkpath(KELVANE_ARTIFACTS);
+        QThread::msleep(400);
+        XvfbServer::current()->run("import", {"-window", "root", "-crop", QStringLiteral("600x160+%1+0").arg(centre - 300),
+                                              KELVANE_ARTIFACTS "/notch-introduction.png"});
+        run("xdotool", {"mousemove", QString::number(centre), "60", "click", "1"});
+        EXPECT_TRUE(waitUntil([] { return notch("M1")["introStep"] == 1; }));
+        EXPECT_TRUE(changeLogWindows().isEmpty());
+    }
+    QSettings conf(confPath, QSettings::IniFormat);
+    EXPECT_EQ(conf.value("lastVersionNumber").toString(), KELVANE_VERSION);
+    conf.setValue("intro", false);
+    conf.setValue("lastVersionNumber", "0.0.1");
+    conf.sync();
+
+    RunningAgent updated;
+    ASSERT_TRUE(updated.waitForNotches(2));
+    EXPECT_TRUE(waitUntil([&] { return changeLogWindows().size() == 1; }));
+    EXPECT_TRUE(notch("M1")["introStep"].isNull());
+    EXPECT_TRUE(waitUntil([&] {
+        return QSettings(confPath, QSettings::IniFormat).value("lastVersionNumber").toString() == KELVANE_VERSION;
+    }));
 }

@@ -5,6 +5,7 @@
 
 #include <QDir>
 #include <QFileInfo>
+#include <QSettings>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QThread>
@@ -64,8 +65,14 @@ QJsonObject notch(const QString& screen)
     return {};
 }
 
-RunningAgent::RunningAgent()
+RunningAgent::RunningAgent(bool firstRun)
 {
+    if (!firstRun) {
+        const QString config = qEnvironmentVariable("XDG_CONFIG_HOME", QDir::homePath() + QStringLiteral("/.config"));
+        QSettings conf(config + QStringLiteral("/kelvane/kelvane.conf"), QSettings::IniFormat);
+        if (conf.status() == QSettings::NoError && !conf.contains(QStringLiteral("intro")))
+            conf.setValue(QStringLiteral("intro"), false);
+    }
     process.setProgram(qEnvironmentVariable("KELVANE_BINARY"));
     process.start();
 }

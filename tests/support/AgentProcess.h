@@ -35,7 +35,9 @@ QString screenshot(const QString& name, int settleMs = 400);
 struct RunningAgent {
     QProcess process;
     QString output;
-    RunningAgent();
+    // Unless `firstRun`, the user has seen the introduction already (written to the preferences
+    // file when it can be read and says nothing of it).
+    explicit RunningAgent(bool firstRun = false);
     ~RunningAgent();
     QString readOutput();
     bool waitForNotches(int count);

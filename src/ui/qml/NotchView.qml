@@ -124,9 +124,12 @@ Item {
         }
     }
     readonly property bool calibrating: viewModel.fineTuning !== ""
+    readonly property QtObject intro: viewModel.intro
     readonly property var inputShape: {
         if (menuShown || calibrating)
             return { handle: true, x: 0, y: 0, w: width, h: height }
+        if (intro)
+            return { handle: true, x: introCard.x, y: 0, w: introCard.width, h: introCard.height }
         if (viewModel.isDisabled || awayForFullScreen)
             return { handle: true, x: 0, y: 0, w: 1, h: 1 }
         if (kelvane.hidden)
@@ -161,6 +164,76 @@ Item {
         color: root.viewModel.transparentHandle ? "transparent" : Qt.rgba(0, 0, 0, 0.85)
         HoverHandler { onHoveredChanged: if (hovered) root.gestures.pointerEntered(); else root.gestures.pointerExited() }
         TapHandler { onTapped: root.gestures.clicked() }
+    }
+
+    // The introduction: the notch grows into a card that says, step by step, what it can do. It
+    // moves on by itself, or on a click; "Skip" ends it.
+    Rectangle {
+        id: introCard
+        objectName: "introCard"
+        visible: root.intro !== null
+        z: 2
+        width: Math.min(root.width, 440)
+        height: Math.min(root.height, root.drawn.height + 118)
+        x: (root.width - width) / 2
+        y: 0
+        radius: 22
+        color: "black"
+        // The top corners meet the screen's edge square, as the notch does.
+        Rectangle { width: parent.width; height: parent.radius; color: "black" }
+        TapHandler { onTapped: root.intro.next() }
+        Text {
+            id: introSymbol
+            x: 22
+            y: root.drawn.height + 14
+            text: root.intro ? root.intro.symbol : ""
+            color: "white"
+            font.pixelSize: 30
+        }
+        Column {
+            x: 70
+            y: root.drawn.height + 12
+            width: introCard.width - x - 20
+            spacing: 4
+            Text {
+                objectName: "introTitle"
+                text: root.intro ? root.intro.title : ""
+                color: "white"
+                font.pixelSize: 15
+                font.weight: Font.DemiBold
+            }
+            Text {
+                width: parent.width
+                text: root.intro ? root.intro.detail : ""
+                color: "#d0d0d6"
+                font.pixelSize: 12
+                wrapMode: Text.Wrap
+            }
+        }
+        Row {
+            x: 70
+            anchors.bottom: parent.bottom
+            anchors.bottomMargin: 14
+            spacing: 6
+            Repeater {
+                model: root.intro ? root.intro.stepCount : 0
+                Rectangle {
+                    required property int index
+                    width: 6; height: 6; radius: 3
+                    color: root.intro && index === root.intro.step ? "white" : "#55ffffff"
+                }
+            }
+        }
+        Text {
+            anchors.right: parent.right
+            anchors.rightMargin: 20
+            anchors.bottom: parent.bottom
+            anchors.bottomMargin: 10
+            text: qsTr("Skip")
+            color: "#a0a0aa"
+            font.pixelSize: 12
+            TapHandler { onTapped: root.intro.finish() }
+        }
     }
 
     // The calibration face: the outline to fit onto the camera housing, by dragging or with the
