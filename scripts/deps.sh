@@ -11,9 +11,10 @@ build=(cmake g++ make pkg-config qt6-base-dev qt6-declarative-dev qml6-module-qt
        qt6-multimedia-dev libgstreamer1.0-dev libswscale-dev gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-pipewire
        libkissfft-dev qt6-shadertools-dev libqt6svg6 qml6-module-qtquick-dialogs qml6-module-qt-labs-folderlistmodel)
 test=(python3-dbusmock evolution-data-server openbox wmctrl xvfb xauth x11-utils x11-xserver-utils xcompmgr libgl1-mesa-dri xdotool xclip dbus imagemagick sox mpv mpv-mpris pulseaudio pulseaudio-utils
-      pipewire pipewire-bin wireplumber libglib2.0-bin gsettings-desktop-schemas desktop-file-utils)
+      pipewire pipewire-bin wireplumber libglib2.0-bin gsettings-desktop-schemas desktop-file-utils
+      appstream dpkg-dev man-db xdg-utils)
 fuzz=(clang libfuzzer-14-dev)
-run=(xvfb xauth x11-utils x11-xserver-utils xcompmgr libgl1-mesa-dri xdotool imagemagick dbus sound-theme-freedesktop libcanberra-pulse)
+run=(xvfb xauth x11-utils x11-xserver-utils xcompmgr libgl1-mesa-dri xdotool imagemagick dbus sound-theme-freedesktop libcanberra-pulse xdg-utils)
 
 wanted=()
 for group in "$@"; do

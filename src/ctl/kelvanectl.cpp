@@ -92,6 +92,17 @@ bool agentRunning(QDBusConnection& bus)
     return bus.interface()->isServiceRegistered(QLatin1StringView(identity::busName)).value();
 }
 
+// Running, or started now by the bus when it knows how (the installed service file).
+bool agentStarted(QDBusConnection& bus)
+{
+    const QString name = QLatin1StringView(identity::busName);
+    if (agentRunning(bus))
+        return true;
+    if (!bus.interface()->activatableServiceNames().value().contains(name))
+        return false;
+    return bus.interface()->startService(name).isValid();
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -115,7 +126,7 @@ int main(int argc, char** argv)
     // races to do it (a race that otherwise prints "invalid type" warnings now and then).
     QDBusMetaType::typeToSignature(QMetaType::fromType<QDBusVariant>());
     QDBusConnection bus = QDBusConnection::sessionBus();
-    if (!bus.isConnected() || !agentRunning(bus)) {
+    if (!bus.isConnected() || !agentStarted(bus)) {
         printLine(stderr, QStringLiteral("kelvanectl: Kelvane is not running."));
         return 1;
     }

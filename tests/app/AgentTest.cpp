@@ -121,7 +121,8 @@ TEST(Agent, HandsASecondLaunchOverAndEndsCleanlyOnSigterm)
         {{"settings", "get", "nope"}, "kelvanectl: Unknown setting \"nope\".\n"},
         {{"settings", "set", "intro", "tru"}, "kelvanectl: Not JSON (illegal value); nothing was written.\n"},
         {{"settings", "set", "intro", "\"yes\""}, "kelvanectl: The value is not a valid intro; nothing was written.\n"},
-        {{"show-settings", "sound"}, "kelvanectl: Unknown settings pane \"sound\": use general.\n"},
+        {{"show-settings", "sound"}, "kelvanectl: Unknown settings pane \"sound\": use general, liquid, gestures, "
+                                           "tuckle, tray, dropArea, liveActivities, about.\n"},
     };
     for (const auto& r : refused) {
         const Result result = ctl(r.arguments);

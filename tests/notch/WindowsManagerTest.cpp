@@ -42,6 +42,8 @@ struct Fixture {
 
     Fixture()
     {
+        // A user who has seen the introduction: the notches show their standard face.
+        settings.setValue(Keys::intro(), false);
         screens.setScreens({builtInScreen(), externalScreen()}, false);
         screens.setMainScreen(&builtIn);
         manager = std::make_unique<WindowsManager>(
@@ -474,4 +476,27 @@ TEST(WindowsManager, ANoteGrowsOutOfItsNotchIntoOneWindowAndGoesBackWhenItCloses
     EXPECT_EQ(notes.made.size(), 3u) << "an unknown notch opens from the first";
     expanded.close();
     EXPECT_EQ(expanded.openNoteId(), 0);
+}
+
+// Turned on (a reset does), the introduction is the face of every notch until it ends; a
+// calibration shown meanwhile comes first.
+TEST(WindowsManager, EveryNotchShowsTheIntroductionUntilItEnds)
+{
+    Fixture f;
+    using State = NotchViewModel::State;
+    const auto faces = [&] {
+        std::vector<State> list;
+        for (const auto& kit : f.manager->displayKits())
+            list.push_back(kit->viewModel->notchState());
+        return list;
+    };
+    ASSERT_EQ(faces(), (std::vector{State::standardContent, State::standardContent}));
+    f.settings.resetDefaults();
+    EXPECT_EQ(faces(), (std::vector{State::showingIntro, State::showingIntro}));
+    f.kit(0).viewModel->setFineTuning(State::fineTuningWidth);
+    EXPECT_EQ(faces(), (std::vector{State::fineTuningWidth, State::showingIntro}));
+    f.kit(0).viewModel->setFineTuning(std::nullopt);
+    f.sched.advance(IntroGuide::stepDuration * IntroGuide::stepCount());
+    EXPECT_EQ(faces(), (std::vector{State::standardContent, State::standardContent}));
+    EXPECT_FALSE(f.settings.value(Keys::intro()));
 }

@@ -17,12 +17,12 @@ QString binary(const char* name)
     return QFileInfo(qEnvironmentVariable("KELVANE_BINARY")).dir().filePath("../ctl/" + QString(name));
 }
 
-Result run(const QString& program, const QStringList& arguments)
+Result run(const QString& program, const QStringList& arguments, int timeoutMs)
 {
     QProcess process;
     process.start(program, arguments);
     Result result;
-    if (!process.waitForFinished(15000))
+    if (!process.waitForFinished(timeoutMs))
         return result;
     result.status = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
     result.out = QString::fromUtf8(process.readAllStandardOutput());

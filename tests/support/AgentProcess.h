@@ -16,7 +16,7 @@ struct Result {
 
 // A program built beside the agent ("kelvanectl").
 QString binary(const char* name);
-Result run(const QString& program, const QStringList& arguments);
+Result run(const QString& program, const QStringList& arguments, int timeoutMs = 15000);
 Result ctl(const QStringList& arguments);
 // `kelvanectl` output read as a JSON object.
 QJsonObject ctlJson(const QStringList& arguments);

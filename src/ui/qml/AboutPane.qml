@@ -14,7 +14,7 @@ ColumnLayout {
         spacing: 6
         Image {
             Layout.alignment: Qt.AlignHCenter
-            source: "qrc:/kelvane/icons/kelvane.svg"
+            source: "qrc:/kelvane/icons/io.kelvane.Kelvane.svg"
             sourceSize: Qt.size(96, 96)
         }
         Label { Layout.alignment: Qt.AlignHCenter; text: "Kelvane"; font.pixelSize: 24; font.bold: true }
