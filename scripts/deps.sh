@@ -12,7 +12,7 @@ build=(cmake g++ make pkg-config qt6-base-dev qt6-declarative-dev qml6-module-qt
        libkissfft-dev qt6-shadertools-dev libqt6svg6 qml6-module-qtquick-dialogs qml6-module-qt-labs-folderlistmodel)
 test=(python3-dbusmock evolution-data-server openbox wmctrl xvfb xauth x11-utils x11-xserver-utils xcompmgr libgl1-mesa-dri xdotool xclip dbus imagemagick sox mpv mpv-mpris pulseaudio pulseaudio-utils
       pipewire pipewire-bin wireplumber libglib2.0-bin gsettings-desktop-schemas desktop-file-utils
-      appstream dpkg-dev man-db xdg-utils)
+      appstream dpkg-dev man-db xdg-utils zsh bash-completion)
 fuzz=(clang libfuzzer-14-dev)
 run=(xvfb xauth x11-utils x11-xserver-utils xcompmgr libgl1-mesa-dri xdotool imagemagick dbus sound-theme-freedesktop libcanberra-pulse xdg-utils)
 

@@ -5,6 +5,7 @@
 
 #include "core/HandOff.h"
 #include "core/Log.h"
+#include "platform/linux/DesktopColorScheme.h"
 #include "platform/linux/X11WindowHints.h"
 #include "platform/linux/XdgAutostart.h"
 #include "ui/CodeHighlighter.h"
@@ -290,6 +291,13 @@ void AppDelegate::applicationDidFinishLaunching()
     };
     hooks.showChangeLog = [this] { showChangeLog(false); };
     m_settingsWindow = std::make_unique<SettingsWindow>(m_windowFactory.engine(), m_settings, std::move(hooks));
+    // The application's own windows take the desktop's light or dark colours, as they change.
+    m_colorScheme = std::make_unique<DesktopColorScheme>();
+    connect(m_colorScheme.get(), &DesktopColorScheme::changed, this, [this](bool dark) {
+        m_settingsWindow->setDark(dark);
+        if (m_changeLogWindow)
+            m_changeLogWindow->setProperty("dark", dark);
+    });
     connect(m_windowsManager.get(), &WindowsManager::settingsRequested, m_settingsWindow.get(),
             &SettingsWindow::show);
 
@@ -317,7 +325,9 @@ void AppDelegate::showChangeLog(bool afterUpdate)
                             {QStringLiteral("changes"), release.changes}};
     QQmlComponent component(&m_windowFactory.engine(), QUrl(QStringLiteral("qrc:/kelvane/ui/ChangeLogWindow.qml")));
     QObject* root = component.createWithInitialProperties(
-        {{QStringLiteral("releases"), list}, {QStringLiteral("afterUpdate"), afterUpdate}});
+        {{QStringLiteral("releases"), list},
+         {QStringLiteral("afterUpdate"), afterUpdate},
+         {QStringLiteral("dark"), m_colorScheme && m_colorScheme->prefersDark()}});
     m_changeLogWindow.reset(qobject_cast<QQuickWindow*>(root));
     if (!m_changeLogWindow) {
         delete root;

@@ -72,6 +72,8 @@
 
 namespace kelvane {
 
+class DesktopColorScheme;
+
 // The application: starts the long-lived managers in their order, answers re-launches and
 // opened URLs with the settings window, and gives the system back what it borrowed when it ends.
 class AppDelegate : public QObject {
@@ -178,6 +180,7 @@ private:
     std::unique_ptr<XdgAutostart> m_autostart;
     std::unique_ptr<SettingsWindow> m_settingsWindow;
     std::unique_ptr<QQuickWindow> m_changeLogWindow;
+    std::unique_ptr<DesktopColorScheme> m_colorScheme;
     ScheduledTask m_changeLogCheck;
     std::unique_ptr<NotesManager> m_notes;
     std::unique_ptr<SettingsRecordModel> m_notesSettings;

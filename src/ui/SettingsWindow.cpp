@@ -157,6 +157,14 @@ void SettingsWindow::create()
     });
 }
 
+void SettingsWindow::setDark(bool dark)
+{
+    if (dark == m_dark)
+        return;
+    m_dark = dark;
+    Q_EMIT darkChanged();
+}
+
 void SettingsWindow::readStartAtLogin()
 {
     // Read again each time the window comes forward: the desktop's own settings may have changed it.

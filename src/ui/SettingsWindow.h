@@ -43,6 +43,8 @@ class SettingsWindow : public QObject {
     Q_PROPERTY(QVariantList places READ places CONSTANT)
     // The languages a code note can be coloured as.
     Q_PROPERTY(QStringList codeLanguages READ codeLanguages CONSTANT)
+    // Dark colours, as the desktop prefers.
+    Q_PROPERTY(bool dark READ dark WRITE setDark NOTIFY darkChanged)
     // Whether the desktop starts the application at login, as read when the window was last shown.
     Q_PROPERTY(bool startAtLogin READ startAtLogin WRITE setStartAtLogin NOTIFY startAtLoginChanged)
     // Why the last change to it failed; empty when it did not.
@@ -78,6 +80,8 @@ public:
     QString version() const;
     QVariantList places() const { return m_hooks.places; }
     static QStringList codeLanguages();
+    bool dark() const { return m_dark; }
+    void setDark(bool dark);
     bool startAtLogin() const { return m_startAtLogin; }
     void setStartAtLogin(bool start);
     QString startAtLoginError() const { return m_startAtLoginError; }
@@ -85,6 +89,7 @@ public:
 Q_SIGNALS:
     void paneRequested(const QString& pane);
     void startAtLoginChanged();
+    void darkChanged();
 
 private:
     void create();
@@ -96,6 +101,7 @@ private:
     SettingsStore& m_settings;
     Hooks m_hooks;
     bool m_startAtLogin = false;
+    bool m_dark = false;
     QString m_startAtLoginError;
     std::map<QString, std::unique_ptr<SettingsRecordModel>> m_records;
     std::unique_ptr<QQuickWindow> m_window;

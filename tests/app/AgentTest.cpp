@@ -58,9 +58,13 @@ TEST(Agent, PutsANotchOnEveryMonitorAndFollowsHotPlug)
     // drawn by the processor (or, without a graphics device, not even looked at).
     EXPECT_EQ(agent.process.state(), QProcess::Running);
     const QStringList lines = agent.readOutput().split('\n', Qt::SkipEmptyParts);
-    ASSERT_EQ(lines.size(), 3) << lines.join('\n').toStdString();
-    EXPECT_EQ(lines.mid(1), (QStringList{"[PowerMonitor] No battery is shown: there is no system bus.",
-                                         "[BluetoothManager] No Bluetooth device is shown: there is no system bus."}));
+    ASSERT_EQ(lines.size(), 4) << lines.join('\n').toStdString();
+    QStringList missing = lines.mid(1);
+    missing.sort();
+    EXPECT_EQ(missing, (QStringList{"[BluetoothManager] No Bluetooth device is shown: there is no system bus.",
+                                    "[DesktopColorScheme] No desktop appearance setting "
+                                    "(org.freedesktop.DBus.Error.ServiceUnknown): light colours.",
+                                    "[PowerMonitor] No battery is shown: there is no system bus."}));
     EXPECT_TRUE(lines[0].startsWith("[Renderer] Drawing in software: the display's OpenGL (llvmpipe") ||
                 lines[0] == "[Renderer] Drawing in software: the machine has no graphics device.")
         << lines[0].toStdString();
@@ -139,7 +143,7 @@ TEST(Agent, HandsASecondLaunchOverAndEndsCleanlyOnSigterm)
     const QStringList lines = agent.readOutput().split('\n', Qt::SkipEmptyParts);
     // On a desktop without the system's pop-up helper there is nothing to give back.
     ASSERT_GE(lines.size(), 5);
-    EXPECT_EQ(lines[3], "[AppDelegate] SIGTERM received; quitting.");
+    EXPECT_EQ(lines.count("[AppDelegate] SIGTERM received; quitting."), 1) << lines.join('\n').toStdString();
     EXPECT_EQ(lines.last(), "[HUDManager] enableSystemHUD: OSDUIHelper not running, nothing to kill");
     QSettings saved(confPath, QSettings::IniFormat);
     EXPECT_EQ(saved.value("preferredOpenMode").toString(), "tray");

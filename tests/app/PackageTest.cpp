@@ -84,6 +84,25 @@ TEST(Package, InstallsIntoAFreshRootIsValidAndTheBusStartsTheInstalledAgent)
     EXPECT_EQ(manual.status, 0) << manual.err.toStdString();
     EXPECT_TRUE(manual.err.isEmpty()) << manual.err.toStdString();
 
+    // The completions: bash's offers the words of each place, zsh's reads.
+    const QString bash = usr + "/share/bash-completion/completions/kelvanectl";
+    const struct {
+        const char* line;
+        const char* offered;
+    } completions[] = {{"kelvanectl settings get gen", "generalSettings"},
+                       {"kelvanectl show-settings li", "liquid liveActivities"},
+                       {"kelvanectl ti", "timer"},
+                       {"kelvanectl timer p", "pause"}};
+    for (const auto& c : completions) {
+        const Result offered = run("bash", {"-c", "source /usr/share/bash-completion/bash_completion; source \"$1\"; "
+                                                  "read -ra COMP_WORDS <<< \"$2\"; COMP_CWORD=$((${#COMP_WORDS[@]}-1)); "
+                                                  "COMP_LINE=\"$2\"; COMP_POINT=${#COMP_LINE}; _kelvanectl; echo \"${COMPREPLY[*]}\"",
+                                           "complete", bash, c.line});
+        EXPECT_EQ(offered.out.trimmed(), c.offered) << c.line << offered.err.toStdString();
+    }
+    const Result zsh = run("zsh", {"-n", usr + "/share/zsh/vendor-completions/_kelvanectl"});
+    EXPECT_EQ(zsh.status, 0) << zsh.err.toStdString();
+
     // The bus starts the installed agent when kelvanectl asks for it: its service file, pointed
     // at the fresh root instead of /usr.
     QFile service(usr + "/share/dbus-1/services/io.kelvane.Kelvane.service");

@@ -1,3 +1,4 @@
+#include "platform/linux/DesktopColorScheme.h"
 #include "platform/linux/DesktopSharing.h"
 
 #include "core/Log.h"
@@ -10,6 +11,8 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QProcess>
+#include <QSignalSpy>
+#include <QTest>
 
 #include <gtest/gtest.h>
 
@@ -149,4 +152,47 @@ TEST(DesktopSharing, PreviewsInTheDesktopsPreviewerWhileItRuns)
     }
     EXPECT_TRUE(waitUntil([&] { return !sharing.isAvailable(); }));
     EXPECT_EQ(changes, 2);
+}
+
+// The desktop's light or dark preference, read from the portal without waiting and followed as
+// the user changes it; with no portal, light and one line.
+TEST(DesktopColorScheme, FollowsTheDesktopsPreferenceThroughThePortal)
+{
+    SessionBus bus;
+    const QString address = qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS");
+    {
+        LogCapture log;
+        QDBusConnection connection = QDBusConnection::connectToBus(address, "no portal");
+        DesktopColorScheme scheme(connection);
+        EXPECT_TRUE(waitUntil([&] { return !log.lines().isEmpty(); }));
+        EXPECT_EQ(log.lines(), QStringList{"[DesktopColorScheme] No desktop appearance setting "
+                                           "(org.freedesktop.DBus.Error.ServiceUnknown): light colours."});
+        EXPECT_FALSE(scheme.prefersDark());
+    }
+
+    MockService portal("org.freedesktop.portal.Desktop", "/org/freedesktop/portal/desktop",
+                       "org.freedesktop.portal.Settings");
+    // As the portal answers: the value in a variant within the reply's variant.
+    portal.mock("/org/freedesktop/portal/desktop", "AddMethod",
+                {"sssss", "", "Read", "ss", "v", "ret = dbus.UInt32(1, variant_level=2)"});
+    QDBusConnection connection = QDBusConnection::connectToBus(address, "portal");
+    DesktopColorScheme scheme(connection);
+    QSignalSpy changed(&scheme, &DesktopColorScheme::changed);
+    EXPECT_TRUE(waitUntil([&] { return scheme.prefersDark(); }));
+
+    const struct {
+        const char* group;
+        const char* value;
+        bool dark;
+    } changes[] = {{"org.freedesktop.appearance", "2", false}, {"org.gnome.desktop.interface", "1", false},
+                   {"org.freedesktop.appearance", "1", true}, {"org.freedesktop.appearance", "0", false}};
+    for (const auto& change : changes) {
+        portal.mock("/org/freedesktop/portal/desktop", "EmitSignal",
+                    {"sssav", "org.freedesktop.portal.Settings", "SettingChanged", "ssv", "3", "s", change.group,
+                     "s", "color-scheme", "u", change.value});
+        EXPECT_TRUE(waitUntil([&] { return scheme.prefersDark() == change.dark; })) << change.group << change.value;
+        QTest::qWait(100);
+        EXPECT_EQ(scheme.prefersDark(), change.dark) << change.group << change.value;
+    }
+    EXPECT_EQ(changed.count(), 4) << "the first reading, then each change of the appearance";
 }

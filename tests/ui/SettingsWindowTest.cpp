@@ -10,6 +10,7 @@
 #include <QClipboard>
 #include <QDir>
 #include <QFile>
+#include <QImage>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QGuiApplication>
@@ -386,4 +387,24 @@ TEST(SettingsWindow, StartAtLoginFollowsTheDesktopsRecord)
     click();
     EXPECT_TRUE(waitUntil([&] { return settingsWindow.startAtLoginError() == *login.refusal; }));
     EXPECT_TRUE(waitUntil([&] { return toggle->property("checked").toBool(); })) << "still what the desktop has";
+}
+
+// When the desktop prefers dark colours the window takes them, and light ones again after.
+TEST(SettingsWindow, TakesDarkColoursWhenTheDesktopPrefersThem)
+{
+    ShownSettings shown("tuckle");
+    ASSERT_TRUE(shown.window());
+    const auto grey = [&](int x) {
+        const QImage picture = shown.window()->grabWindow();
+        return qGray(picture.pixel(x, picture.height() - 10));
+    };
+    // Beside the list of panes, and in the pane.
+    EXPECT_GT(grey(10), 180);
+    EXPECT_GT(grey(400), 180);
+    shown.settingsWindow->setDark(true);
+    EXPECT_TRUE(waitUntil([&] { return grey(10) < 80 && grey(400) < 80; })) << grey(10) << " " << grey(400);
+    QDir().mkpath(KELVANE_ARTIFACTS);
+    shown.window()->grabWindow().save(KELVANE_ARTIFACTS "/settings-dark.png");
+    shown.settingsWindow->setDark(false);
+    EXPECT_TRUE(waitUntil([&] { return grey(10) > 180 && grey(400) > 180; })) << grey(10) << " " << grey(400);
 }

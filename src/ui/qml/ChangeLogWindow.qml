@@ -2,6 +2,7 @@ import QtQuick
 import QtQuick.Controls
 import QtQuick.Layouts
 import QtQuick.Window
+import "Colours.js" as Colours
 
 // What changed, release by release, newest first.
 ApplicationWindow {
@@ -10,6 +11,11 @@ ApplicationWindow {
     required property var releases
     // Opened by itself after an update rather than asked for.
     property bool afterUpdate: false
+    // Dark colours when the desktop asks for them.
+    property bool dark: false
+    SystemPalette { id: system }
+    onDarkChanged: Colours.apply(palette, dark, system)
+    Component.onCompleted: Colours.apply(palette, dark, system)
 
     title: "What Is New in Kelvane"
     width: 520

@@ -2,6 +2,7 @@ import QtQuick
 import QtQuick.Controls
 import QtQuick.Layouts
 import QtQuick.Window
+import "Colours.js" as Colours
 
 // The settings window: the panes listed on the left, the chosen one on the right. Everything in it
 // is reached with the keyboard: Tab moves through a pane, the list takes the arrow keys, and
@@ -59,7 +60,10 @@ ApplicationWindow {
             flick.contentY = Math.min(panes.height - flick.height, top + item.height - flick.height + 24)
     }
 
-    SystemPalette { id: colours }
+    SystemPalette { id: system }
+    readonly property bool dark: settingsWindow.dark
+    onDarkChanged: Colours.apply(palette, dark, system)
+    Component.onCompleted: Colours.apply(palette, dark, system)
 
     RowLayout {
         anchors.fill: parent
@@ -68,7 +72,7 @@ ApplicationWindow {
         Rectangle {
             Layout.preferredWidth: 190
             Layout.fillHeight: true
-            color: colours.alternateBase
+            color: window.palette.alternateBase
             ListView {
                 id: sidebar
                 objectName: "sidebar"
@@ -80,7 +84,7 @@ ApplicationWindow {
                 activeFocusOnTab: true
                 keyNavigationEnabled: true
                 onCurrentIndexChanged: if (currentIndex >= 0) window.choose(model[currentIndex])
-                highlight: Rectangle { radius: 6; color: colours.highlight; opacity: sidebar.activeFocus ? 1 : 0.6 }
+                highlight: Rectangle { radius: 6; color: window.palette.highlight; opacity: sidebar.activeFocus ? 1 : 0.6 }
                 highlightMoveDuration: 120
                 delegate: ItemDelegate {
                     id: entry
@@ -97,12 +101,12 @@ ApplicationWindow {
                             text: window.symbols[entry.modelData]
                             Layout.preferredWidth: 18
                             horizontalAlignment: Text.AlignHCenter
-                            color: entry.highlighted ? colours.highlightedText : colours.text
+                            color: entry.highlighted ? window.palette.highlightedText : window.palette.text
                         }
                         Label {
                             text: window.titles[entry.modelData]
                             Layout.fillWidth: true
-                            color: entry.highlighted ? colours.highlightedText : colours.text
+                            color: entry.highlighted ? window.palette.highlightedText : window.palette.text
                         }
                     }
                     background: null

@@ -28,7 +28,6 @@ ColumnLayout {
         return list
     }
 
-    SystemPalette { id: colours }
     Label { text: "Widgets, in the order they appear"; Layout.fillWidth: true }
     Item {
         id: area
@@ -50,7 +49,7 @@ ColumnLayout {
                 y: index * control.rowHeight
                 z: row.dragging ? 2 : 1
                 radius: 6
-                color: row.dragging ? colours.highlight : colours.alternateBase
+                color: row.dragging ? toggle.palette.highlight : toggle.palette.alternateBase
                 opacity: shown ? 1 : 0.75
 
                 RowLayout {
