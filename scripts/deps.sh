@@ -9,10 +9,10 @@ build=(cmake g++ make pkg-config qt6-base-dev qt6-declarative-dev qml6-module-qt
        libgtest-dev libgmock-dev libbenchmark-dev fonts-dejavu-core libxi-dev libxext-dev libxcb1-dev libpulse-dev libpoppler-qt6-dev
        libecal2.0-dev libical-dev libqt6sql6-sqlite libsource-highlight-dev
        qt6-multimedia-dev libgstreamer1.0-dev libswscale-dev gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-pipewire
-       libkissfft-dev qt6-shadertools-dev libqt6svg6 qml6-module-qtquick-dialogs qml6-module-qt-labs-folderlistmodel)
+       libkissfft-dev libudev-dev qt6-shadertools-dev libqt6svg6 qml6-module-qtquick-dialogs qml6-module-qt-labs-folderlistmodel)
 test=(python3-dbusmock evolution-data-server openbox wmctrl xvfb xauth x11-utils x11-xserver-utils xcompmgr libgl1-mesa-dri xdotool xclip dbus imagemagick sox mpv mpv-mpris pulseaudio pulseaudio-utils
       pipewire pipewire-bin wireplumber libglib2.0-bin gsettings-desktop-schemas desktop-file-utils
-      appstream dpkg-dev man-db xdg-utils zsh bash-completion)
+      appstream dpkg-dev man-db xdg-utils zsh bash-completion weston sway grim xwayland)
 fuzz=(clang libfuzzer-14-dev)
 run=(xvfb xauth x11-utils x11-xserver-utils xcompmgr libgl1-mesa-dri xdotool imagemagick dbus sound-theme-freedesktop libcanberra-pulse xdg-utils)
 

@@ -45,6 +45,7 @@ AppDelegate::~AppDelegate()
     // The key thread goes first: it reports to everything below.
     m_liveActivitiesSettings.reset();
     m_keyListener.reset();
+    m_levelFollower.reset();
     m_nsMenu.reset();
     m_settingsWindow.reset();
     m_notchCommands.reset();
@@ -352,23 +353,24 @@ void AppDelegate::startBriVolKeyListener()
     m_brightness = std::make_unique<BacklightBrightnessService>(BacklightBrightnessService::defaultRoot(),
                                                                 QDBusConnection::systemBus());
     m_wake = std::make_unique<SessionWakeEvents>(QDBusConnection::sessionBus(), QDBusConnection::systemBus());
+    const auto post = [this](const Indicator& indicator) {
+        QMetaObject::invokeMethod(this, Handed([this, indicator] { showIndicator(indicator); }), Qt::QueuedConnection);
+    };
     m_levelKeys = std::make_unique<LevelKeys>(LevelKeys::Dependencies{
-        m_volume, *m_brightness, [this](MediaKey key) { return m_keySource.grabbedElsewhere(key); },
-        [this](const Indicator& indicator) {
-            QMetaObject::invokeMethod(
-                this, Handed([this, indicator] {
-                    if (m_windowsManager && m_liveActivitiesSettings)
-                        m_windowsManager->showIndicator(indicator,
-                                                        (*m_liveActivitiesSettings)->HUDReplacementShouldShowInAllScreens);
-                }),
-                Qt::QueuedConnection);
-        },
+        m_volume, *m_brightness, [this](MediaKey key) { return m_keySource.grabbedElsewhere(key); }, post,
         [](std::chrono::milliseconds delay) { std::this_thread::sleep_for(delay); }});
     m_keyListener = std::make_unique<VolumeAndBrightnessListener>(VolumeAndBrightnessListener::Dependencies{
         m_scheduler, m_keySource, *m_wake, [this] { return m_mainScreenIsBuiltIn.load(); },
         [this](std::function<void()> work) { m_hudQueue.async(std::move(work)); },
         [this] { m_hud.disableSystemHUD(); }, [this] { m_hud.enableSystemHUD(); }});
-    m_keyListener->setSideEffect(QStringLiteral("notch"), [this](MediaKey key) { (*m_levelKeys)(key); });
+    m_brightnessWatch = std::make_unique<BacklightWatch>(*m_brightness, BacklightBrightnessService::defaultRoot());
+    m_levelFollower = std::make_unique<LevelFollower>(
+        LevelFollower::Dependencies{m_volumeWatch, *m_brightnessWatch, m_scheduler.clock(), post});
+    // The key's own indicator shows the change it makes: the follower is told first.
+    m_keyListener->setSideEffect(QStringLiteral("notch"), [this](MediaKey key) {
+        m_levelFollower->keyObserved(key);
+        (*m_levelKeys)(key);
+    });
     m_liveActivitiesSettings = std::make_unique<SettingValue<LiveActivitiesSettings>>(
         m_settings, Keys::liveActivitiesSettings(), this,
         [this](const LiveActivitiesSettings& settings) { followHUDReplacementSetting(settings); });
@@ -379,10 +381,30 @@ void AppDelegate::followHUDReplacementSetting(const LiveActivitiesSettings& sett
 {
     if (settings.enableHUDReplacement == m_keyListener->isRunning())
         return;
-    if (settings.enableHUDReplacement)
-        m_keyListener->start();
-    else
+    if (!settings.enableHUDReplacement) {
         m_keyListener->stop();
+        m_levelFollower->stop();
+        return;
+    }
+    m_keyListener->start();
+    m_levelFollower->start();
+    const bool wayland = qEnvironmentVariable("XDG_SESSION_TYPE") == QLatin1StringView("wayland") ||
+                         !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY");
+    if (wayland)
+        logLine(u"HUD", QStringLiteral("A Wayland session keeps the volume and brightness keys to itself: the indicator "
+                                       "follows the levels of the sound server and the backlight"));
+    else if (!m_keyListener->isObservingKeys())
+        logLine(u"HUD", QStringLiteral("The volume and brightness keys cannot be observed here: the indicator follows "
+                                       "the levels of the sound server and the backlight"));
+    else
+        logLine(u"HUD", QStringLiteral("The indicator shows on the volume and brightness keys (XInput 2), and on level "
+                                       "changes made without them"));
+}
+
+void AppDelegate::showIndicator(const Indicator& indicator)
+{
+    if (m_windowsManager && m_liveActivitiesSettings)
+        m_windowsManager->showIndicator(indicator, (*m_liveActivitiesSettings)->HUDReplacementShouldShowInAllScreens);
 }
 
 void AppDelegate::removeUpdateAvailableActivity()

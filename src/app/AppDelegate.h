@@ -15,6 +15,7 @@
 #include "core/SerialQueue.h"
 #include "core/TimersManager.h"
 #include "hud/HUDManager.h"
+#include "hud/LevelFollower.h"
 #include "hud/LevelKeys.h"
 #include "hud/VolumeAndBrightnessListener.h"
 #include "media/MediaManager.h"
@@ -25,6 +26,7 @@
 #include "notch/WindowsManager.h"
 #include "notes/NotesManager.h"
 #include "platform/linux/BacklightBrightnessService.h"
+#include "platform/linux/BacklightWatch.h"
 #include "platform/linux/BluezSource.h"
 #include "platform/linux/CanberraSoundPlayer.h"
 #include "platform/linux/DesktopEventOpener.h"
@@ -35,6 +37,7 @@
 #include "platform/linux/MimePasteboard.h"
 #include "platform/linux/MprisMediaEnvironment.h"
 #include "platform/linux/PulseVolumeService.h"
+#include "platform/linux/PulseVolumeWatch.h"
 #include "platform/linux/PulseAudioCapture.h"
 #include "platform/linux/DesktopWallpaperSource.h"
 #include "effects/AudioVisualizer.h"
@@ -190,12 +193,17 @@ private:
     // The volume and brightness keys, shown in the notch while the user wants it.
     void startBriVolKeyListener();
     void followHUDReplacementSetting(const LiveActivitiesSettings& settings);
+    void showIndicator(const Indicator& indicator);
     XInputKeySource m_keySource;
     PulseVolumeService m_volume;
     std::unique_ptr<BacklightBrightnessService> m_brightness;
     std::unique_ptr<SessionWakeEvents> m_wake;
     std::unique_ptr<LevelKeys> m_levelKeys;
     std::unique_ptr<VolumeAndBrightnessListener> m_keyListener;
+    // Levels changed where no key was seen (a Wayland session sees none).
+    PulseVolumeWatch m_volumeWatch;
+    std::unique_ptr<BacklightWatch> m_brightnessWatch;
+    std::unique_ptr<LevelFollower> m_levelFollower;
     std::unique_ptr<SettingValue<LiveActivitiesSettings>> m_liveActivitiesSettings;
     std::atomic<bool> m_mainScreenIsBuiltIn{false};
 

@@ -85,6 +85,7 @@ public:
     // False when the stream cannot be observed (the line says why).
     bool start();
     void stop();
+    bool isRunning() const { return m_running; }
 
     // The tap callback: classifies one event and answers it unchanged.
     KeyEvent handleEvent(const KeyEvent& event);

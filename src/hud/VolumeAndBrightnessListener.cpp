@@ -76,6 +76,12 @@ bool VolumeAndBrightnessListener::isRunning() const
     return m_mediaKeyTap != nullptr;
 }
 
+bool VolumeAndBrightnessListener::isObservingKeys() const
+{
+    std::lock_guard guard(m_lock);
+    return m_mediaKeyTap && m_mediaKeyTap->isRunning();
+}
+
 void VolumeAndBrightnessListener::setSideEffect(const QString& key, SideEffect effect)
 {
     auto effects = std::make_shared<SideEffects>(*m_sideEffects.load());

@@ -54,6 +54,8 @@ public:
     void start();
     void stop();
     bool isRunning() const;
+    // Running, and the keys reach it (the key stream could be opened).
+    bool isObservingKeys() const;
 
     void setSideEffect(const QString& key, SideEffect effect);
     void removeSideEffect(const QString& key);

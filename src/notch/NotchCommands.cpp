@@ -64,7 +64,7 @@ QJsonObject NotchCommands::state() const
             {QStringLiteral("drop"), kit->windowController ? kit->windowController->dropState() : QJsonObject()},
         });
     }
-    return {{QStringLiteral("notches"), notches}};
+    return {{QStringLiteral("notches"), notches}, {QStringLiteral("indicatorsShown"), m_windows.indicatorsShown()}};
 }
 
 NotchCommands::Error NotchCommands::forEachTarget(const QString& screen, Default fallback,

@@ -207,6 +207,8 @@ void WindowsManager::updateLastKnownScreenConfigurations()
 void WindowsManager::showIndicator(const std::optional<Indicator>& indicator, bool onAllScreens)
 {
     assertMainThread();
+    if (indicator)
+        ++m_indicatorsShown;
     QObject* main = onAllScreens ? nullptr : m_deps.screens.mainScreen();
     for (const auto& kit : m_displayKits) {
         if (!onAllScreens && kit->screen.handle != main)

@@ -60,6 +60,8 @@ public:
     // Shows a level on the main screen's notch, or on every notch. The same level again keeps it
     // up one more second.
     void showIndicator(const std::optional<Indicator>& indicator, bool onAllScreens);
+    // How many levels have been shown since the start (each shown again counts too).
+    int indicatorsShown() const { return m_indicatorsShown; }
 
     // Tells each notch whether a full-screen window is what its screen shows.
     void updateFullScreen(const std::function<bool(const QRectF&)>& isFullScreen);
@@ -105,6 +107,7 @@ private:
     ScheduledTask m_menuTrackingEnd;
     QHash<QString, Configuration> m_lastKnownScreenConfigurations;
     bool m_isTrackingContextMenu = false;
+    int m_indicatorsShown = 0;
 };
 
 } // namespace kelvane

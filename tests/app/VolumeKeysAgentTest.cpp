@@ -15,6 +15,8 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
+
 using namespace kelvane::test;
 
 namespace {
@@ -195,4 +197,86 @@ TEST(VolumeKeysAgent, StopsAndQuitsWithinASecondUnderABurstOfGrabbedPresses)
     presses->waitForFinished();
     grabber.kill();
     grabber.waitForFinished();
+}
+
+namespace {
+int indicatorsShown() { return ctlJson({"state"})["indicatorsShown"].toInt(-1); }
+// Once no indicator shows: how many show while `act` runs and `ms` after.
+int shownBy(const std::function<void()>& act, int ms)
+{
+    waitUntil([] { return indicator().isNull(); }, 3000);
+    const int before = indicatorsShown();
+    act();
+    QThread::msleep(static_cast<unsigned long>(ms));
+    return indicatorsShown() - before;
+}
+} // namespace
+
+// Levels changed without a key show as a key would: the output's volume and mute set from outside
+// on the real server, the backlight's file written; never the levels found at start, a stream's own
+// volume, nor a change that the key the agent saw already announced.
+TEST(LevelChangesAgent, ShowWhatTheUserChangedAndNothingElse)
+{
+    TemporaryHome home;
+    SessionBus bus;
+    ScopedEnvironment env;
+    REQUIRE_PULSEAUDIO();
+    SoundServer sound(home.path() + "/runtime");
+    ASSERT_TRUE(SoundServer::ready());
+    ASSERT_EQ(run("pactl", {"set-sink-volume", "@DEFAULT_SINK@", "50%"}).status, 0);
+    const QString backlight = makeBacklight(home, env);
+    QProcess stream;
+    stream.setStandardInputFile("/dev/zero");
+    stream.start("pacat", {"--playback", "--client-name=stream"});
+    ASSERT_TRUE(waitUntil([] { return run("pactl", {"list", "short", "sink-inputs"}).out.contains("protocol-native"); }));
+    const QString input = run("pactl", {"list", "short", "sink-inputs"}).out.section('\t', 0, 0);
+
+    RunningAgent agent;
+    ASSERT_TRUE(agent.waitForNotches(2));
+    const auto startFollowing = [&] {
+        ASSERT_EQ(setKeyMonitoring(true), 0);
+        ASSERT_TRUE(waitUntil([&] { return agent.readOutput().contains("[HUD] The indicator shows on the volume and brightness keys"); }))
+            << agent.output.toStdString();
+    };
+    EXPECT_EQ(shownBy(startFollowing, 1000), 0) << "levels found at start";
+
+    struct Change {
+        const char* what;
+        QStringList command; // empty: the backlight's file
+        QString kind;
+        double value;
+        QString icon;
+    };
+    const QList<Change> changes{
+        {"volume", {"set-sink-volume", "@DEFAULT_SINK@", "70%"}, "volume", 0.7, "audio-volume-high"},
+        {"mute", {"set-sink-mute", "@DEFAULT_SINK@", "1"}, "volume", 0.0, "audio-volume-muted"},
+        {"unmute", {"set-sink-mute", "@DEFAULT_SINK@", "0"}, "volume", 0.7, "audio-volume-high"},
+        {"backlight", {}, "brightness", 0.8, "display-brightness"},
+    };
+    for (const Change& change : changes) {
+        const int before = indicatorsShown();
+        if (change.command.isEmpty()) {
+            QFile file(backlight + "/brightness");
+            ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+            file.write("80\n");
+        } else {
+            ASSERT_EQ(run("pactl", change.command).status, 0);
+        }
+        EXPECT_TRUE(waitUntil([&] { return indicator()["kind"].toString() == change.kind &&
+                                           std::abs(indicator()["value"].toDouble() - change.value) < 0.005; }, 3000))
+            << change.what << ": " << QJsonDocument(notch("M1")).toJson().toStdString();
+        EXPECT_EQ(indicator()["icon"].toString(), change.icon) << change.what;
+        EXPECT_EQ(indicatorsShown() - before, 1) << change.what;
+    }
+
+    EXPECT_EQ(shownBy([&] { run("pactl", {"set-sink-input-volume", input, "30%"}); }, 1000), 0) << "a stream's own volume";
+    EXPECT_EQ(shownBy([] { run("pactl", {"set-sink-volume", "@DEFAULT_SINK@", "70%"}); }, 1000), 0)
+        << "the level it already had";
+    // A key the agent sees, and the change it makes: one indicator.
+    EXPECT_EQ(shownBy([] { press("XF86AudioLowerVolume"); }, 1500), 1) << "the key's change shown twice";
+    EXPECT_NEAR(SoundServer::level(), 0.65, 0.005);
+    EXPECT_NEAR(SoundServer::level(), 0.65, 0.005);
+
+    stream.kill();
+    stream.waitForFinished();
 }
