@@ -388,9 +388,7 @@ void AppDelegate::followHUDReplacementSetting(const LiveActivitiesSettings& sett
     }
     m_keyListener->start();
     m_levelFollower->start();
-    const bool wayland = qEnvironmentVariable("XDG_SESSION_TYPE") == QLatin1StringView("wayland") ||
-                         !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY");
-    if (wayland)
+    if (insideWaylandSession())
         logLine(u"HUD", QStringLiteral("A Wayland session keeps the volume and brightness keys to itself: the indicator "
                                        "follows the levels of the sound server and the backlight"));
     else if (!m_keyListener->isObservingKeys())

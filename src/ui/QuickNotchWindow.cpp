@@ -21,27 +21,63 @@
 #include <QScreen>
 #include <QtMath>
 
+#include <QResizeEvent>
+
 namespace kelvane {
+
+namespace {
+// A view whose content may keep the size of the notch's whole room while the window is smaller.
+class RoomView final : public QQuickView {
+public:
+    RoomView(QQmlEngine* engine, bool keepsContentSize)
+        : QQuickView(engine, nullptr)
+        , m_keepsContentSize(keepsContentSize)
+    {
+    }
+
+protected:
+    void resizeEvent(QResizeEvent* event) override
+    {
+        if (m_keepsContentSize)
+            QQuickWindow::resizeEvent(event);
+        else
+            QQuickView::resizeEvent(event);
+    }
+
+private:
+    bool m_keepsContentSize;
+};
+
+constexpr int shrinkDelayMs = 250;
+} // namespace
 
 QuickNotchWindow::QuickNotchWindow(const NotchWindowSetup& setup, QQmlEngine& engine, const QVariantMap& services,
                                    std::unique_ptr<DropZone> dropZone)
     : m_dropZone(std::move(dropZone))
-    , m_view(std::make_unique<QQuickView>(&engine, nullptr))
+    , m_view(std::make_unique<RoomView>(&engine, insideWaylandSession()))
     , m_screenFrame(setup.screen.frame)
+    , m_room(setup.frame.toAlignedRect())
+    , m_cutToDrawing(insideWaylandSession())
     , m_viewModel(setup.viewModel)
     , m_gestures(setup.gestures)
 {
     if (auto* screen = qobject_cast<QScreen*>(setup.screen.handle))
         m_view->setScreen(screen);
     m_view->setTitle(QStringLiteral("Kelvane Notch"));
-    m_view->setFlags(Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint |
-                     Qt::NoDropShadowWindowHint);
+    Qt::WindowFlags flags = Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint | Qt::NoDropShadowWindowHint;
+    // A Wayland compositor places and stacks the windows it manages itself, whatever they ask.
+    if (insideWaylandSession())
+        flags |= Qt::X11BypassWindowManagerHint;
+    m_view->setFlags(flags);
     QSurfaceFormat format = m_view->format();
     format.setAlphaBufferSize(8);
     m_view->setFormat(format);
     m_view->setColor(Qt::transparent);
     m_view->setResizeMode(QQuickView::SizeRootObjectToView);
-    m_view->setGeometry(setup.frame.toAlignedRect());
+    m_view->setGeometry(m_room);
+    m_shrink.setSingleShot(true);
+    m_shrink.setInterval(shrinkDelayMs);
+    connect(&m_shrink, &QTimer::timeout, this, &QuickNotchWindow::placeWindow);
     // Until the views have drawn, the window takes no clicks anywhere but on the notch's place.
     setInputRegion(0, 0, 1, 1);
 
@@ -63,6 +99,7 @@ QuickNotchWindow::QuickNotchWindow(const NotchWindowSetup& setup, QQmlEngine& en
         for (const QQmlError& error : m_view->errors())
             logLine(u"NotchWindow", error.toString());
     }
+    placeWindow();
 
     // Typing in the panel (a text field has the keyboard) may keep it open.
     const auto followTyping = [this] {
@@ -105,9 +142,35 @@ QuickNotchWindow::~QuickNotchWindow()
 void QuickNotchWindow::followWindowSize()
 {
     const QRectF content = NotchGeometry::windowContentRect(m_screenFrame.size(), m_viewModel->windowSize());
-    const QRect frame = NotchGeometry::toDesktop(m_screenFrame, content).toAlignedRect();
-    if (m_view->geometry() != frame)
-        m_view->setGeometry(frame);
+    const QRect room = NotchGeometry::toDesktop(m_screenFrame, content).toAlignedRect();
+    if (room == m_room)
+        return;
+    m_room = room;
+    placeWindow();
+}
+
+void QuickNotchWindow::placeWindow()
+{
+    m_shrink.stop();
+    if (!m_cutToDrawing) {
+        if (m_view->geometry() != m_room)
+            m_view->setGeometry(m_room);
+        return;
+    }
+    const QRect inRoom = m_drawnBounds.intersected(QRect(QPoint(), m_room.size()));
+    const QRect cut = inRoom.isEmpty() ? QRect(m_room.width() / 2, 0, 1, 1) : inRoom;
+    m_cut = cut;
+    if (QQuickItem* root = m_view->rootObject()) {
+        root->setSize(m_room.size());
+        root->setPosition(-cut.topLeft());
+    }
+    const QRect geometry = cut.translated(m_room.topLeft());
+    if (m_view->geometry() != geometry)
+        m_view->setGeometry(geometry);
+    const QRegion drawn = m_drawn.translated(-cut.topLeft());
+    if (m_view->mask() != drawn)
+        m_view->setMask(drawn);
+    kelvane::setInputShape(m_view.get(), m_input.translated(-cut.topLeft()));
 }
 
 void QuickNotchWindow::popupOpened()
@@ -140,7 +203,7 @@ void QuickNotchWindow::clearContent()
 
 void QuickNotchWindow::close() { m_view->close(); }
 
-QRectF QuickNotchWindow::frame() const { return m_view->geometry(); }
+QRectF QuickNotchWindow::frame() const { return m_cutToDrawing ? QRectF(m_room) : QRectF(m_view->geometry()); }
 
 void QuickNotchWindow::orderFront()
 {
@@ -209,6 +272,18 @@ void QuickNotchWindow::applyBlurBehind(const QRegion& region)
 
 void QuickNotchWindow::applyInput(const QRegion& drawn, const QRegion& input)
 {
+    if (m_cutToDrawing) {
+        if (drawn == m_drawn && input == m_input)
+            return;
+        m_drawn = drawn;
+        m_input = input;
+        m_drawnBounds = drawn.boundingRect();
+        if (!m_cut.contains(m_drawnBounds) || m_cut == m_drawnBounds)
+            placeWindow();
+        else
+            m_shrink.start(); // the window stays as it is a moment: the drawing is still moving
+        return;
+    }
     if (m_view->mask() != drawn)
         m_view->setMask(drawn);
     if (input != m_input) {

@@ -5,6 +5,7 @@
 
 #include <QQuickView>
 #include <QRegion>
+#include <QTimer>
 
 #include <functional>
 #include <memory>
@@ -29,6 +30,7 @@ public:
     bool isEditingText() const override;
     void clearContent() override;
     void close() override;
+    // The notch's whole room on the desktop (the window may be cut to the part that is drawn).
     QRectF frame() const override;
     void orderFront() override;
     QString topBarText() const override;
@@ -63,12 +65,22 @@ private:
     // `drawn` clips what is shown; `input` is where the pointer is taken.
     void applyInput(const QRegion& drawn, const QRegion& input);
     void applyBlurBehind(const QRegion& region);
+    // Where a compositor routes the pointer by the window's rectangle (XWayland), the window is cut
+    // to what is drawn: it grows at once and shrinks once the drawing has stayed smaller a moment,
+    // while the content keeps the size of the whole room.
+    void placeWindow();
 
     // Before the view, so that it outlives the views that read it.
     std::unique_ptr<DropZone> m_dropZone;
     std::unique_ptr<QQuickView> m_view;
     std::function<void()> m_resignKey;
     QRectF m_screenFrame;
+    QRect m_room;
+    const bool m_cutToDrawing;
+    QRect m_drawnBounds; // in the room's coordinates
+    QRect m_cut;         // the part of the room the window covers
+    QRegion m_drawn;
+    QTimer m_shrink;
     NotchViewModel* m_viewModel;
     NotchGestures* m_gestures;
     bool m_wasActive = false;

@@ -57,6 +57,12 @@ void applyDesktopFurnitureHints(QWindow* window)
     XFlush(display);
 }
 
+bool insideWaylandSession()
+{
+    return qEnvironmentVariable("XDG_SESSION_TYPE") == QLatin1StringView("wayland") ||
+           !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY");
+}
+
 bool desktopBlursBehindWindows()
 {
     Display* display = x11Display();

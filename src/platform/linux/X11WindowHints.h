@@ -10,6 +10,11 @@ namespace kelvane {
 // Must be called before the window is first shown.
 void applyDesktopFurnitureHints(QWindow* window);
 
+// Whether this X11 client runs inside a Wayland session (through XWayland). There the compositor
+// places and stacks ordinary X11 windows its own way: a window that must stand at a given place
+// above the others goes around the window manager.
+bool insideWaylandSession();
+
 // Sets the part of the window that takes the pointer (the X11 input shape), apart from the part
 // that is drawn, so that a drawn shape with soft edges can take the pointer on its outline alone.
 // Returns false where there is no X11 shape extension, and does nothing then.
