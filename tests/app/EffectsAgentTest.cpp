@@ -24,7 +24,7 @@ namespace {
 
 // A busy, colourful desktop picture, set on the X root window as a desktop-drawing program sets
 // it: shown as the root's background and named by its pixmap property.
-void setDesktopPicture(const QSize& size)
+void setDesktopPicture(const QSize& size, QImage& shown)
 {
     QImage picture(size, QImage::Format_RGB32);
     QPainter painter(&picture);
@@ -41,6 +41,7 @@ void setDesktopPicture(const QSize& size)
         painter.drawEllipse(QPoint(random.bounded(size.width()), random.bounded(size.height())), r, r);
     }
     painter.end();
+    shown = picture;
 
     xcb_connection_t* x = xcb_connect(nullptr, nullptr);
     ASSERT_FALSE(xcb_connection_has_error(x));
@@ -75,12 +76,13 @@ void setField(const QString& key, const QString& field, const QJsonValue& value)
 
 // What the first screen's notch shows around its middle: `width` by `height` points from the
 // top edge, centred on its window.
-QImage notchArea(const QString& picture, int width, int height)
+QImage notchArea(const QImage& picture, int width, int height)
 {
     const QJsonObject window = notch("M1")["window"].toObject();
     const int centre = int(window["x"].toDouble() + window["width"].toDouble() / 2);
-    return QImage(picture).copy(centre - width / 2, 0, width, height);
+    return picture.copy(centre - width / 2, 0, width, height);
 }
+QImage notchArea(const QString& picture, int width, int height) { return notchArea(QImage(picture), width, height); }
 
 // The same, from screenshots taken until `done` holds of it (the renderer draws in software here,
 // slowly on a busy machine) or a few seconds have passed; the last one is kept as NAME.png.
@@ -140,7 +142,9 @@ TEST(EffectsAgent, TheGlassShowsTheDesktopPictureAndEachBackdropItsOwnColours)
     ScopedEnvironment env;
     drawWithOpenGL(env);
     env.set("XDG_CURRENT_DESKTOP", "");
-    setDesktopPicture(QSize(1600, 900));
+    QImage desktop;
+    setDesktopPicture(QSize(1600, 900), desktop);
+    ComposedDesktop composed;
     RunningAgent agent;
     ASSERT_TRUE(agent.waitForNotches(2));
     ASSERT_TRUE(waitUntil([&] { return agent.readOutput().contains("OpenGL"); }, 5000)) << agent.output.toStdString();
@@ -157,11 +161,15 @@ TEST(EffectsAgent, TheGlassShowsTheDesktopPictureAndEachBackdropItsOwnColours)
     setField("generalSettings", "transluscent", true);
     const QImage closed = notchAreaOnce("glass-closed", 80, 20, [](const QImage& a) { return vividPixels(a) > 800; });
     EXPECT_GT(vividPixels(closed), 800) << "the glass shows the picture behind it";
+    EXPECT_GT(difference(closed, notchArea(desktop, 80, 20)), 12) << "the glass frosts and tints what it shows";
 
     setField("tuckleSettings", "wallpaper", "none");
     ASSERT_EQ(ctl({"open", "tuckle"}).status, 0);
-    const QImage open = notchAreaOnce("glass-open", 400, 120, [](const QImage& a) { return vividPixels(a) > 20000; });
+    const QImage open = notchAreaOnce("glass-opening", 400, 120, [](const QImage& a) { return vividPixels(a) > 20000; });
     EXPECT_GT(vividPixels(open), 20000);
+    EXPECT_GT(difference(open, notchArea(desktop, 400, 120)), 12);
+    // The panel once its spring has come to rest, for a person to look at.
+    screenshot("glass-open", 1500);
     ASSERT_EQ(ctl({"close"}).status, 0);
 
     setField("generalSettings", "transluscent", false);
@@ -182,8 +190,8 @@ TEST(EffectsAgent, TheGlassShowsTheDesktopPictureAndEachBackdropItsOwnColours)
     EXPECT_FALSE(agent.readOutput().contains("[NotchWindow] qrc:")) << agent.output.toStdString();
 }
 
-// Each media effect beside the title of what plays, with the glass on; the animations are drawn
-// in their own colours.
+// Each media effect at the right end of the top bar, beside the title of what plays; the
+// animations are drawn in their own colours.
 TEST(EffectsAgent, EachMediaEffectShowsBesideWhatPlays)
 {
     TemporaryHome home;

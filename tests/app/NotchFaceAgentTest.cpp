@@ -15,28 +15,11 @@
 using namespace kelvane::test;
 
 namespace {
-// The desktop as a person sees it: a plain background and a compositor, so that what the notch
-// leaves transparent shows the desktop.
-struct ComposedDesktop {
-    QProcess compositor;
-    ComposedDesktop()
-    {
-        compositor.start("xcompmgr", {"-n"});
-        compositor.waitForStarted();
-    }
-    ~ComposedDesktop()
-    {
-        compositor.kill();
-        compositor.waitForFinished();
-    }
-};
-
 // Whether a pixel shows what lies beneath the notch (the grey desktop, a white window).
 bool isBeneath(QRgb pixel) { return qGray(pixel) > 100; }
 bool isBlack(QRgb pixel) { return qGray(pixel) < 40; }
 
-// The whole screen, kept among the build's artifacts under `name`.
-// The screen at once, as a picture to look into.
+// The whole screen at once, kept among the build's artifacts under `name`.
 QImage picture(const QString& name) { return QImage(screenshot(name, 0)); }
 
 int notchCentre()

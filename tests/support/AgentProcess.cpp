@@ -65,6 +65,18 @@ QJsonObject notch(const QString& screen)
     return {};
 }
 
+ComposedDesktop::ComposedDesktop()
+{
+    compositor.start(QStringLiteral("xcompmgr"), {QStringLiteral("-n")});
+    compositor.waitForStarted();
+}
+
+ComposedDesktop::~ComposedDesktop()
+{
+    compositor.kill();
+    compositor.waitForFinished();
+}
+
 RunningAgent::RunningAgent(bool firstRun)
 {
     if (!firstRun) {

@@ -31,6 +31,14 @@ QJsonObject notch(const QString& screen);
 // among the build's artifacts; the picture's path.
 QString screenshot(const QString& name, int settleMs = 400);
 
+// The desktop as a person sees it: a compositor on the test's X server, so that what the notch
+// leaves transparent shows what lies beneath it instead of black.
+struct ComposedDesktop {
+    QProcess compositor;
+    ComposedDesktop();
+    ~ComposedDesktop();
+};
+
 // The agent as a user starts it, on the test's own session bus and X server.
 struct RunningAgent {
     QProcess process;
