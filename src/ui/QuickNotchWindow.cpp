@@ -57,7 +57,8 @@ QuickNotchWindow::QuickNotchWindow(const NotchWindowSetup& setup, QQmlEngine& en
     , m_view(std::make_unique<RoomView>(&engine, insideWaylandSession()))
     , m_screenFrame(setup.screen.frame)
     , m_room(setup.frame.toAlignedRect())
-    , m_cutToDrawing(insideWaylandSession())
+    , m_bypassesManagement(insideWaylandSession())
+    , m_cutToDrawing(m_bypassesManagement)
     , m_viewModel(setup.viewModel)
     , m_gestures(setup.gestures)
 {
@@ -66,7 +67,7 @@ QuickNotchWindow::QuickNotchWindow(const NotchWindowSetup& setup, QQmlEngine& en
     m_view->setTitle(QStringLiteral("Kelvane Notch"));
     Qt::WindowFlags flags = Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint | Qt::NoDropShadowWindowHint;
     // A Wayland compositor places and stacks the windows it manages itself, whatever they ask.
-    if (insideWaylandSession())
+    if (m_bypassesManagement)
         flags |= Qt::X11BypassWindowManagerHint;
     m_view->setFlags(flags);
     QSurfaceFormat format = m_view->format();
@@ -293,6 +294,12 @@ void QuickNotchWindow::applyInput(const QRegion& drawn, const QRegion& input)
     }
 }
 
-void QuickNotchWindow::makeKeyWindow() { m_view->requestActivate(); }
+void QuickNotchWindow::makeKeyWindow()
+{
+    // Taken by the window itself, the focus would be taken back at once, and its loss would close
+    // the panel as if the user had gone to another window.
+    if (takesKeyboard())
+        m_view->requestActivate();
+}
 
 } // namespace kelvane

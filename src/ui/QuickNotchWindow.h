@@ -17,6 +17,10 @@ namespace kelvane {
 class QuickNotchWindow final : public QObject, public NotchWindow {
     Q_OBJECT
     Q_PROPERTY(bool popupShown READ popupShown NOTIFY popupShownChanged)
+    // Whether the window can have the keyboard: not where it goes around the compositor's window
+    // management (a Wayland session), as the compositor gives the keyboard only to windows it
+    // manages and takes back at once what a window takes for itself.
+    Q_PROPERTY(bool takesKeyboard READ takesKeyboard CONSTANT)
 public:
     // Every notch window shares the one QML engine of the application. `services` are the
     // application's models that the views show (the live activities, the timers), by the name of
@@ -46,8 +50,10 @@ public:
     // The glass look: whether the desktop is asked to blur what lies behind the outline, and how far
     // beyond the outline the glass draws its shadow. Taken at the next shape.
     Q_INVOKABLE void setGlass(bool blurBehind, double shadowMargin);
-    // Asks the window for keyboard focus (a text field of the panel was clicked).
+    // Asks the window for keyboard focus (a text field of the panel was clicked), where it can
+    // have it.
     Q_INVOKABLE void makeKeyWindow();
+    bool takesKeyboard() const { return !m_bypassesManagement; }
     // A widget's pop-up (a list to choose from) opened or closed: while one is up, the notch holds
     // open as it does for its menu, and the whole window takes the pointer.
     Q_INVOKABLE void popupOpened();
@@ -76,6 +82,8 @@ private:
     std::function<void()> m_resignKey;
     QRectF m_screenFrame;
     QRect m_room;
+    // Placed and stacked by itself, around the compositor's management.
+    const bool m_bypassesManagement;
     const bool m_cutToDrawing;
     QRect m_drawnBounds; // in the room's coordinates
     QRect m_cut;         // the part of the room the window covers

@@ -248,3 +248,50 @@ TEST(WaylandAgent, UnderSwayAClickBesideTheNotchReachesTheWindowBelow)
                ctlJson({"state"})["notches"].toArray().size() == 1;
     }, 10000)) << sway.notchWindows().join(' ').toStdString();
 }
+
+// Sway drawn into the test's X server, whose keyboard reaches it as a real device. Sway gives the
+// keyboard only to the windows it manages: a text field clicked in the panel leaves the panel open
+// (the notch does not take the keyboard only to lose it at once), and a note clicked for editing
+// opens in a window of its own, where what is typed reaches the note.
+TEST(WaylandAgent, UnderSwayATextFieldKeepsThePanelOpenAndANoteIsTypedInItsOwnWindow)
+{
+    TemporaryHome home;
+    SessionBus bus;
+    ScopedEnvironment env;
+    WaylandCompositor sway(Kind::swayInX11, {1512, 982});
+    START_COMPOSITOR(sway, env);
+    XvfbServer& x = *XvfbServer::current();
+    RunningAgent agent;
+    ASSERT_TRUE(waitUntil([&] { return sway.notchWindows().size() == 1; }, 15000)) << agent.readOutput().toStdString();
+    ASSERT_EQ(ctl({"settings", "set", "tuckleSettings",
+                   R"({"enabled":true,"enabledWidgets":["notes","todoList"],"showDividers":true,"size":{"height":{"value":3},"width":{"value":11}},"wallpaper":"none","wallpaperBlur":4,"widgetsPadding":12})"})
+                  .status, 0);
+    const QString shopping = ctl({"notes", "add", "# Shopping"}).out.trimmed();
+    const QJsonObject window = notch("XWAYLAND0")["window"].toObject();
+    const int centre = window["x"].toInt() + window["width"].toInt() / 2;
+    const int top = window["y"].toInt();
+    const auto click = [&](int dx, int dy) {
+        x.run("xdotool", {"mousemove", QString::number(centre + dx), QString::number(top + dy), "click", "1"});
+        QThread::msleep(400);
+    };
+    const auto mode = [] { return notch("XWAYLAND0")["mode"].toString(); };
+    x.run("xdotool", {"mousemove", QString::number(centre), "8"});
+    ASSERT_TRUE(waitUntil([&] { return mode() == "tuckle"; }, 5000));
+    QThread::msleep(500);
+
+    click(124, 139); // the to-do field
+    EXPECT_EQ(mode(), "tuckle") << "a click in a text field closed the panel";
+
+    click(-95, 116); // the newest note's text
+    QString tree;
+    EXPECT_TRUE(waitUntil([&] {
+        sway.runX("xwininfo", {"-root", "-tree"}, &tree);
+        return tree.contains("Shopping — Kelvane");
+    }, 5000)) << tree.toStdString();
+    QThread::msleep(500);
+    x.run("xdotool", {"key", "ctrl+End", "Return"});
+    x.run("xdotool", {"type", "--delay", "15", "milk"});
+    EXPECT_TRUE(waitUntil([&] { return ctlJson({"notes", "show", shopping})["body"].toString() == "# Shopping\nmilk"; }, 3000))
+        << ctlJson({"notes", "show", shopping})["body"].toString().toStdString();
+    sway.screenshot("wayland-sway-note-window");
+}

@@ -37,11 +37,20 @@ Item {
     onSelectedIdChanged: refresh()
     onNotesChanged: refresh()
 
+    // Where the notch cannot have the keyboard, a note is typed in a window of its own.
+    readonly property bool typesInPlace: !notchWindow || notchWindow.takesKeyboard
+    function editElsewhere(noteId, code) {
+        if (noteWindows) noteWindows.open(noteId, displayKitId, code)
+    }
+
     function newNote(code) {
         if (!notes) return
         if (notchWindow) notchWindow.makeKeyWindow()
         selectedId = code ? notes.addCodeNote() : notes.addNote("")
-        Qt.callLater(editor.startEditing)
+        if (typesInPlace)
+            Qt.callLater(editor.startEditing)
+        else
+            editElsewhere(selectedId, code)
     }
 
     RowLayout {
@@ -143,7 +152,7 @@ Item {
                 codeMode: pane.hasNote && pane.current.codeMode
                 pinned: pane.hasNote && pane.current.pinned
                 canDetach: !pane.isAway
-                onDetachRequested: widget.noteWindows.open(pane.current.noteId, widget.displayKitId, pane.current.codeMode)
+                onDetachRequested: widget.editElsewhere(pane.current.noteId, pane.current.codeMode)
             }
             NoteEditor {
                 id: editor
@@ -158,7 +167,12 @@ Item {
                 showScrollIndicator: !!widget.options.showScrollIndicator
                 fadeScrollEdges: widget.options.fadeScrollEdges !== false
                 notchWindow: widget.notchWindow
-                onEditingRequested: if (widget.notchWindow) widget.notchWindow.makeKeyWindow()
+                onEditingRequested: {
+                    if (!widget.typesInPlace)
+                        widget.editElsewhere(pane.current.noteId, pane.current.codeMode)
+                    else if (widget.notchWindow)
+                        widget.notchWindow.makeKeyWindow()
+                }
             }
             Column {
                 Layout.alignment: Qt.AlignCenter
