@@ -218,7 +218,8 @@ inline std::vector<std::string> sessionEnvironment(const std::string& home, cons
 // The agent on a private X server and session bus, in a temporary home, answering kelvanectl.
 class AgentSession {
 public:
-    bool start(const char* agentBinary, const char* ctlBinary)
+    // `extraEnvironment` ("NAME=value") is the agent's alone.
+    bool start(const char* agentBinary, const char* ctlBinary, const std::vector<std::string>& extraEnvironment = {})
     {
         m_display = startXvfb(m_xvfb);
         const std::string busAddress = startSessionBus(m_bus);
@@ -229,7 +230,9 @@ public:
         }
         m_home = home;
         env = sessionEnvironment(m_home, m_display, busAddress);
-        agent = spawn({agentBinary}, env);
+        std::vector<std::string> agentEnvironment = env;
+        agentEnvironment.insert(agentEnvironment.end(), extraEnvironment.begin(), extraEnvironment.end());
+        agent = spawn({agentBinary}, agentEnvironment);
         int status = 1;
         for (int attempt = 0; attempt < 200 && status != 0; ++attempt) {
             std::this_thread::sleep_for(std::chrono::milliseconds(50));

@@ -137,6 +137,26 @@ int main()
     for (int round = 0; round < rounds; ++round)
         rest.push_back(wakeupsPerSecond(session.agent, 4));
 
+    // The moving backdrop is drawn by shaders: an agent drawing with OpenGL, here Mesa's software
+    // rasteriser, which does on the processor what a graphics card does for itself. Open on the
+    // clouds against closed, rounds in turn, nothing playing.
+    std::vector<double> glOpen, glClosed;
+    {
+        AgentSession gl;
+        if (gl.start(KELVANE_BINARY, KELVANECTL_BINARY, {"KELVANE_RENDERER=opengl"})) {
+            ctl(gl.env, {"settings", "set", "tuckleSettings",
+                         R"({"enabled":true,"enabledWidgets":["media"],"showDividers":true,"size":{"height":{"value":2},"width":{"value":11}},"wallpaper":"clouds","wallpaperBlur":4,"widgetsPadding":12})"});
+            std::this_thread::sleep_for(std::chrono::seconds(2));
+            for (int round = 0; round < rounds; ++round)
+                for (int side = 0; side < 2; ++side) {
+                    const bool open = (round + side) % 2 == 0;
+                    ctl(gl.env, open ? std::vector<std::string>{"open", "tuckle"} : std::vector<std::string>{"close"});
+                    std::this_thread::sleep_for(std::chrono::seconds(1));
+                    (open ? glOpen : glClosed).push_back(cpuPercent(gl.agent, seconds));
+                }
+        }
+    }
+
     std::printf("Effects: the agent under Xvfb with the software renderer, %d rounds of %d s, sides in turn\n", rounds,
                 seconds);
     std::printf("  the bars heard the music (and only then): %s\n", heard ? "yes" : "NO");
@@ -151,7 +171,20 @@ int main()
                 median(withMusic) - median(quiet), verdict(median(withMusic) < 3.0));
     printSpread("agent CPU, panel open on clouds, music:", openPanel, "% of one core");
     printSpread("wake-ups at rest (nothing plays, closed):", rest, "a second");
+    std::printf("    by round, from the first after the music stopped:");
+    for (const double value : rest)
+        std::printf(" %.2f", value);
+    std::printf("\n");
     std::printf("  goal: no wake-ups at rest: %s\n", verdict(median(rest) < 1.0));
+    if (!glOpen.empty()) {
+        std::printf("Drawn with OpenGL by Mesa's software rasteriser (a graphics card's work done here by the processor):\n");
+        printSpread("agent CPU, panel open on the moving clouds:", glOpen, "% of one core");
+        printSpread("agent CPU, panel closed (baseline):", glClosed, "% of one core");
+        if (median(glClosed) > 0)
+            std::printf("  open / closed:                             %.1fx at the median\n", median(glOpen) / median(glClosed));
+    } else {
+        std::printf("An agent drawing with OpenGL could not be started: the moving backdrop is not measured.\n");
+    }
     stop(sound);
     return 0;
 }

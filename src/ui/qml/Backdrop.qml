@@ -24,9 +24,16 @@ Item {
         property real radius: backdrop.radius
         property size size: Qt.size(width, height)
         fragmentShader: "qrc:/kelvane/shaders/backdrop.frag.qsb"
-        NumberAnimation on time {
+        // The backdrops drift slowly: thirty pictures a second move them as smoothly as every
+        // frame would, at half the work. The time is read from the clock, so that a late tick
+        // never slows the motion.
+        property double started: 0
+        Timer {
+            interval: 33
+            repeat: true
             running: backdrop.running && backdrop.shaders && backdrop.visible
-            from: 0; to: 3600; duration: 3600 * 1000; loops: Animation.Infinite
+            onRunningChanged: if (running) parent.started = Date.now() - parent.time * 1000
+            onTriggered: parent.time = ((Date.now() - parent.started) / 1000) % 3600
         }
     }
 
