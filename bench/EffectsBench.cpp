@@ -144,8 +144,9 @@ int main()
     {
         AgentSession gl;
         if (gl.start(KELVANE_BINARY, KELVANECTL_BINARY, {"KELVANE_RENDERER=opengl"})) {
-            ctl(gl.env, {"settings", "set", "tuckleSettings",
-                         R"({"enabled":true,"enabledWidgets":["media"],"showDividers":true,"size":{"height":{"value":2},"width":{"value":11}},"wallpaper":"clouds","wallpaperBlur":4,"widgetsPadding":12})"});
+            ctl(gl.env,
+                {"settings", "set", "tuckleSettings",
+                 R"({"enabled":true,"enabledWidgets":["media"],"showDividers":true,"size":{"height":{"value":2},"width":{"value":11}},"wallpaper":"clouds","wallpaperBlur":4,"widgetsPadding":12})"});
             std::this_thread::sleep_for(std::chrono::seconds(2));
             for (int round = 0; round < rounds; ++round)
                 for (int side = 0; side < 2; ++side) {
@@ -177,11 +178,13 @@ int main()
     std::printf("\n");
     std::printf("  goal: no wake-ups at rest: %s\n", verdict(median(rest) < 1.0));
     if (!glOpen.empty()) {
-        std::printf("Drawn with OpenGL by Mesa's software rasteriser (a graphics card's work done here by the processor):\n");
+        std::printf(
+            "Drawn with OpenGL by Mesa's software rasteriser (a graphics card's work done here by the processor):\n");
         printSpread("agent CPU, panel open on the moving clouds:", glOpen, "% of one core");
         printSpread("agent CPU, panel closed (baseline):", glClosed, "% of one core");
         if (median(glClosed) > 0)
-            std::printf("  open / closed:                             %.1fx at the median\n", median(glOpen) / median(glClosed));
+            std::printf("  open / closed:                             %.1fx at the median\n",
+                        median(glOpen) / median(glClosed));
     } else {
         std::printf("An agent drawing with OpenGL could not be started: the moving backdrop is not measured.\n");
     }

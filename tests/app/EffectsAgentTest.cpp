@@ -165,7 +165,8 @@ TEST(EffectsAgent, TheGlassShowsTheDesktopPictureAndEachBackdropItsOwnColours)
 
     setField("tuckleSettings", "wallpaper", "none");
     ASSERT_EQ(ctl({"open", "tuckle"}).status, 0);
-    const QImage open = notchAreaOnce("glass-opening", 400, 120, [](const QImage& a) { return vividPixels(a) > 20000; });
+    const QImage open =
+        notchAreaOnce("glass-opening", 400, 120, [](const QImage& a) { return vividPixels(a) > 20000; });
     EXPECT_GT(vividPixels(open), 20000);
     EXPECT_GT(difference(open, notchArea(desktop, 400, 120)), 12);
     // The panel once its spring has come to rest, for a person to look at.

@@ -263,9 +263,11 @@ TEST(WaylandAgent, UnderSwayATextFieldKeepsThePanelOpenAndANoteIsTypedInItsOwnWi
     XvfbServer& x = *XvfbServer::current();
     RunningAgent agent;
     ASSERT_TRUE(waitUntil([&] { return sway.notchWindows().size() == 1; }, 15000)) << agent.readOutput().toStdString();
-    ASSERT_EQ(ctl({"settings", "set", "tuckleSettings",
-                   R"({"enabled":true,"enabledWidgets":["notes","todoList"],"showDividers":true,"size":{"height":{"value":3},"width":{"value":11}},"wallpaper":"none","wallpaperBlur":4,"widgetsPadding":12})"})
-                  .status, 0);
+    ASSERT_EQ(
+        ctl({"settings", "set", "tuckleSettings",
+             R"({"enabled":true,"enabledWidgets":["notes","todoList"],"showDividers":true,"size":{"height":{"value":3},"width":{"value":11}},"wallpaper":"none","wallpaperBlur":4,"widgetsPadding":12})"})
+            .status,
+        0);
     const QString shopping = ctl({"notes", "add", "# Shopping"}).out.trimmed();
     const QJsonObject window = notch("XWAYLAND0")["window"].toObject();
     const int centre = window["x"].toInt() + window["width"].toInt() / 2;
@@ -284,14 +286,21 @@ TEST(WaylandAgent, UnderSwayATextFieldKeepsThePanelOpenAndANoteIsTypedInItsOwnWi
 
     click(-95, 116); // the newest note's text
     QString tree;
-    EXPECT_TRUE(waitUntil([&] {
-        sway.runX("xwininfo", {"-root", "-tree"}, &tree);
-        return tree.contains("Shopping — Kelvane");
-    }, 5000)) << tree.toStdString();
+    EXPECT_TRUE(waitUntil(
+        [&] {
+            sway.runX("xwininfo", {"-root", "-tree"}, &tree);
+            return tree.contains("Shopping — Kelvane");
+        },
+        5000))
+        << tree.toStdString();
     QThread::msleep(500);
     x.run("xdotool", {"key", "ctrl+End", "Return"});
     x.run("xdotool", {"type", "--delay", "15", "milk"});
-    EXPECT_TRUE(waitUntil([&] { return ctlJson({"notes", "show", shopping})["body"].toString() == "# Shopping\nmilk"; }, 3000))
+    EXPECT_TRUE(waitUntil(
+        [&] {
+            return ctlJson({"notes", "show", shopping})["body"].toString() == "# Shopping\nmilk";
+        },
+        3000))
         << ctlJson({"notes", "show", shopping})["body"].toString().toStdString();
     sway.screenshot("wayland-sway-note-window");
 }
