@@ -15,6 +15,7 @@ Item {
     visible: index >= 0
 
     ShaderEffect {
+        id: shader
         objectName: "backdropShader"
         anchors.fill: parent
         visible: backdrop.shaders
@@ -32,8 +33,8 @@ Item {
             interval: 33
             repeat: true
             running: backdrop.running && backdrop.shaders && backdrop.visible
-            onRunningChanged: if (running) parent.started = Date.now() - parent.time * 1000
-            onTriggered: parent.time = ((Date.now() - parent.started) / 1000) % 3600
+            onRunningChanged: if (running) shader.started = Date.now() - shader.time * 1000
+            onTriggered: shader.time = ((Date.now() - shader.started) / 1000) % 3600
         }
     }
 
