@@ -315,6 +315,24 @@ std::optional<qint64> idOf(const QString& text)
 }
 } // namespace
 
+std::optional<qint64> ScriptingService::noteNamed(const QString& id)
+{
+    const auto number = idOf(id);
+    if (number && m_delegate->notes()->note(*number))
+        return number;
+    fail(QStringLiteral("No note %1.").arg(id));
+    return std::nullopt;
+}
+
+std::optional<qint64> ScriptingService::todoNamed(const QString& id)
+{
+    const auto number = idOf(id);
+    if (number && m_delegate->notes()->todo(*number))
+        return number;
+    fail(QStringLiteral("No to-do %1.").arg(id));
+    return std::nullopt;
+}
+
 std::function<void(const std::optional<QString>&)> ScriptingService::replyWhenSaved(const QVariant& value)
 {
     setDelayedReply(true);
@@ -336,13 +354,8 @@ QString ScriptingService::NoteShow(const QString& id)
 {
     if (!ready())
         return {};
-    const auto number = idOf(id);
-    const Note* note = number ? m_delegate->notes()->note(*number) : nullptr;
-    if (!note) {
-        fail(QStringLiteral("No note %1.").arg(id));
-        return {};
-    }
-    return indented(m_delegate->notes()->noteJson(*note));
+    const auto number = noteNamed(id);
+    return number ? indented(m_delegate->notes()->noteJson(*m_delegate->notes()->note(*number))) : QString();
 }
 
 QString ScriptingService::NoteAdd(const QString& text)
@@ -362,12 +375,8 @@ void ScriptingService::NoteRemove(const QString& id)
 {
     if (!ready())
         return;
-    const auto number = idOf(id);
-    if (!number || !m_delegate->notes()->note(*number)) {
-        fail(QStringLiteral("No note %1.").arg(id));
-        return;
-    }
-    m_delegate->notes()->removeNote(*number, replyWhenSaved());
+    if (const auto number = noteNamed(id))
+        m_delegate->notes()->removeNote(*number, replyWhenSaved());
 }
 
 QString ScriptingService::Todos() { return ready() ? indented(m_delegate->notes()->todosJson()) : QString(); }
@@ -390,24 +399,16 @@ void ScriptingService::TodoSetDone(const QString& id, bool done)
 {
     if (!ready())
         return;
-    const auto number = idOf(id);
-    if (!number || !m_delegate->notes()->todo(*number)) {
-        fail(QStringLiteral("No to-do %1.").arg(id));
-        return;
-    }
-    m_delegate->notes()->setTodoDone(*number, done, replyWhenSaved());
+    if (const auto number = todoNamed(id))
+        m_delegate->notes()->setTodoDone(*number, done, replyWhenSaved());
 }
 
 void ScriptingService::TodoRemove(const QString& id)
 {
     if (!ready())
         return;
-    const auto number = idOf(id);
-    if (!number || !m_delegate->notes()->todo(*number)) {
-        fail(QStringLiteral("No to-do %1.").arg(id));
-        return;
-    }
-    m_delegate->notes()->removeTodo(*number, replyWhenSaved());
+    if (const auto number = todoNamed(id))
+        m_delegate->notes()->removeTodo(*number, replyWhenSaved());
 }
 
 QString ScriptingService::Apps(const QString& search)

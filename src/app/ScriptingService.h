@@ -5,6 +5,7 @@
 #include <QStringList>
 
 #include <functional>
+#include <optional>
 
 namespace kelvane {
 
@@ -84,6 +85,9 @@ private:
     std::function<void(const std::optional<QString>&)> replyWhenSaved(const QVariant& value = {});
     void failOn(const std::optional<QString>& error);
     void fail(const QString& message);
+    // The number of the note or to-do that `id` names; without one, the call fails.
+    std::optional<qint64> noteNamed(const QString& id);
+    std::optional<qint64> todoNamed(const QString& id);
 
     AppDelegate* m_delegate = nullptr;
 };

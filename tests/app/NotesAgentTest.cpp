@@ -169,6 +169,23 @@ TEST(NotesAgent, TypedNotesRenderCodeIsColouredToDosAreTickedAndAllOfItSurvivesA
     EXPECT_EQ(noteBody(shopping), "# Shopping\n- **milk** and [eggs](https://example.org)");
     EXPECT_EQ(jsonArray({"notes", "list"}).size(), 3);
     EXPECT_EQ(todoWithText("Water plants")["done"], true);
+    // What names no note or to-do is refused in one line and changes nothing.
+    const struct {
+        QStringList arguments;
+        QString error;
+    } unknown[] = {
+        {{"notes", "show", "999"}, "No note 999."},      {{"notes", "remove", "0"}, "No note 0."},
+        {{"todo", "done", "abc"}, "No to-do abc."},      {{"todo", "undo", "-1"}, "No to-do -1."},
+        {{"todo", "remove", shopping}, "No to-do " + shopping + "."},
+    };
+    for (const auto& call : unknown) {
+        const Result result = ctl(call.arguments);
+        EXPECT_NE(result.status, 0) << call.arguments.join(' ').toStdString();
+        EXPECT_EQ(result.err.trimmed().count('\n'), 0) << result.err.toStdString();
+        EXPECT_TRUE(result.err.contains(call.error)) << result.err.toStdString();
+    }
+    EXPECT_EQ(jsonArray({"notes", "list"}).size(), 3);
+    EXPECT_EQ(jsonArray({"todo", "list"}).size(), 1);
     ASSERT_EQ(ctl({"open", "tuckle"}).status, 0);
     screenshot("notes-after-restart");
     EXPECT_EQ(again.readOutput().count("[Notes]"), 0) << again.readOutput().toStdString();
