@@ -1,5 +1,6 @@
 #include "QuickNotchWindow.h"
 
+#include "KeyRelayWindow.h"
 #include "NotchShape.h"
 
 #include "notch/NotchGeometry.h"
@@ -102,13 +103,11 @@ QuickNotchWindow::QuickNotchWindow(const NotchWindowSetup& setup, QQmlEngine& en
     }
     placeWindow();
 
-    // Typing in the panel (a text field has the keyboard) may keep it open.
-    const auto followTyping = [this] {
-        if (m_gestures && m_view)
-            m_gestures->setEditingText(m_view->isActive() && isEditingText());
-    };
-    connect(m_view.get(), &QQuickWindow::activeFocusItemChanged, this, followTyping);
-    connect(m_view.get(), &QWindow::activeChanged, this, followTyping);
+    connect(m_view.get(), &QQuickWindow::activeFocusItemChanged, this, [this] {
+        followTextFocus();
+        followTyping();
+    });
+    connect(m_view.get(), &QWindow::activeChanged, this, &QuickNotchWindow::followTyping);
     connect(m_view.get(), &QWindow::activeChanged, this, [this] {
         const bool active = m_view->isActive();
         if (m_wasActive && !active && m_resignKey)
@@ -119,8 +118,51 @@ QuickNotchWindow::QuickNotchWindow(const NotchWindowSetup& setup, QQmlEngine& en
     m_view->installEventFilter(this);
 }
 
+void QuickNotchWindow::followTyping()
+{
+    // Typing in the panel (a text field has the keyboard) may keep it open.
+    const bool hasKeyboard = m_view->isActive() || (m_keyRelay && m_keyRelay->isVisible());
+    if (m_gestures)
+        m_gestures->setEditingText(hasKeyboard && isEditingText());
+}
+
+void QuickNotchWindow::followTextFocus()
+{
+    if (takesKeyboard())
+        return;
+    const bool relaying = m_keyRelay && m_keyRelay->isVisible();
+    if (!isEditingText()) {
+        if (relaying)
+            m_keyRelay->hide();
+        return;
+    }
+    // Only for a field the user just clicked (or opened with a click), not one that took the focus
+    // as the panel was built; once relaying, the keys follow the focus from field to field.
+    if (relaying || !m_lastPress.isValid() || m_lastPress.elapsed() > relayAfterPressMs)
+        return;
+    if (!m_keyRelay) {
+        m_keyRelay = std::make_unique<KeyRelayWindow>(m_view.get());
+        connect(m_keyRelay.get(), &KeyRelayWindow::dismissed, this, &QuickNotchWindow::endKeyRelay);
+        connect(m_keyRelay.get(), &QWindow::visibleChanged, this, &QuickNotchWindow::followTyping);
+    }
+    const QRect drawn = m_drawnBounds.isEmpty() ? QRect(QPoint(), m_room.size()) : m_drawnBounds;
+    m_keyRelay->showBelow(QPoint(m_room.left() + drawn.center().x(), m_room.top() + drawn.bottom()));
+}
+
+void QuickNotchWindow::endKeyRelay()
+{
+    if (!m_keyRelay)
+        return;
+    m_keyRelay->hide();
+    // The field gives its focus back, so that a click on it later asks for the keyboard again.
+    if (QQuickItem* field = m_view->activeFocusItem(); field && isEditingText())
+        field->setFocus(false);
+}
+
 bool QuickNotchWindow::eventFilter(QObject* watched, QEvent* event)
 {
+    if (event->type() == QEvent::MouseButtonPress || event->type() == QEvent::MouseButtonDblClick)
+        m_lastPress.start();
     // A touchpad's own swipe, where the X server reports it (XInput 2.4): the fingers moving down
     // swipe down, as scrolling that pulls the content down does.
     if (event->type() == QEvent::NativeGesture && m_gestures) {
@@ -137,6 +179,7 @@ QuickNotchWindow::~QuickNotchWindow()
 {
     m_resignKey = nullptr;
     m_gestures = nullptr;
+    m_keyRelay.reset();
     m_view.reset();
 }
 

@@ -3,6 +3,7 @@
 #include "notch/NotchWindow.h"
 #include "tray/DropZone.h"
 
+#include <QElapsedTimer>
 #include <QQuickView>
 #include <QRegion>
 #include <QTimer>
@@ -11,6 +12,8 @@
 #include <memory>
 
 namespace kelvane {
+
+class KeyRelayWindow;
 
 // A notch window drawn with Qt Quick: frameless, above other windows, transparent, shadowless and
 // kept out of the task bar. Outside the notch's current shape it lets the pointer through.
@@ -68,6 +71,11 @@ protected:
 
 private:
     void followWindowSize();
+    void followTyping();
+    // Where the window cannot have the keyboard, a text field given the focus by a click has its
+    // keys passed on by a relay window that can.
+    void followTextFocus();
+    void endKeyRelay();
     // `drawn` clips what is shown; `input` is where the pointer is taken.
     void applyInput(const QRegion& drawn, const QRegion& input);
     void applyBlurBehind(const QRegion& region);
@@ -97,6 +105,9 @@ private:
     bool m_blurBehind = false;
     double m_glassMargin = 0;
     int m_popups = 0;
+    static constexpr int relayAfterPressMs = 2000;
+    QElapsedTimer m_lastPress;
+    std::unique_ptr<KeyRelayWindow> m_keyRelay;
 };
 
 } // namespace kelvane

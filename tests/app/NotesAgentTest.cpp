@@ -174,8 +174,10 @@ TEST(NotesAgent, TypedNotesRenderCodeIsColouredToDosAreTickedAndAllOfItSurvivesA
         QStringList arguments;
         QString error;
     } unknown[] = {
-        {{"notes", "show", "999"}, "No note 999."},      {{"notes", "remove", "0"}, "No note 0."},
-        {{"todo", "done", "abc"}, "No to-do abc."},      {{"todo", "undo", "-1"}, "No to-do -1."},
+        {{"notes", "show", "999"}, "No note 999."},
+        {{"notes", "remove", "0"}, "No note 0."},
+        {{"todo", "done", "abc"}, "No to-do abc."},
+        {{"todo", "undo", "-1"}, "No to-do -1."},
         {{"todo", "remove", shopping}, "No to-do " + shopping + "."},
     };
     for (const auto& call : unknown) {

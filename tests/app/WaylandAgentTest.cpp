@@ -251,9 +251,10 @@ TEST(WaylandAgent, UnderSwayAClickBesideTheNotchReachesTheWindowBelow)
 
 // Sway drawn into the test's X server, whose keyboard reaches it as a real device. Sway gives the
 // keyboard only to the windows it manages: a text field clicked in the panel leaves the panel open
-// (the notch does not take the keyboard only to lose it at once), and a note clicked for editing
-// opens in a window of its own, where what is typed reaches the note.
-TEST(WaylandAgent, UnderSwayATextFieldKeepsThePanelOpenAndANoteIsTypedInItsOwnWindow)
+// (the notch does not take the keyboard only to lose it at once) and gets its keys through a small
+// window that Sway does give them to; a note clicked for editing opens in a window of its own,
+// where what is typed reaches the note.
+TEST(WaylandAgent, UnderSwayTextFieldsKeepThePanelOpenAndGetTheirKeysThroughAManagedWindow)
 {
     TemporaryHome home;
     SessionBus bus;
@@ -281,8 +282,41 @@ TEST(WaylandAgent, UnderSwayATextFieldKeepsThePanelOpenAndANoteIsTypedInItsOwnWi
     ASSERT_TRUE(waitUntil([&] { return mode() == "tuckle"; }, 5000));
     QThread::msleep(500);
 
+    // A text field of the panel has its keys passed on by a window the compositor gives them to.
     click(124, 139); // the to-do field
     EXPECT_EQ(mode(), "tuckle") << "a click in a text field closed the panel";
+    const auto relayShown = [&] {
+        return sway.runX("xdotool", {"search", "--onlyvisible", "--name", "Typing in the notch"}) == 0;
+    };
+    EXPECT_TRUE(waitUntil(relayShown, 5000));
+    QThread::msleep(300);
+    x.run("xdotool", {"type", "--delay", "15", "Water plants"});
+    x.run("xdotool", {"key", "Return"});
+    x.run("xdotool", {"type", "--delay", "15", "Call \"Bo\" at 5$"});
+    x.run("xdotool", {"key", "Return"});
+    EXPECT_TRUE(waitUntil(
+        [] {
+            const QString todos = ctl({"todo", "list"}).out;
+            return todos.contains("Water plants") && todos.contains("Call \\\"Bo\\\" at 5$");
+        },
+        3000))
+        << ctl({"todo", "list"}).out.toStdString();
+    sway.screenshot("wayland-sway-typing-relay");
+    EXPECT_EQ(mode(), "tuckle");
+    // The field clicked again while typing: the keys still reach it.
+    click(124, 139);
+    EXPECT_TRUE(waitUntil(relayShown, 3000));
+    x.run("xdotool", {"type", "--delay", "15", "Post letters"});
+    x.run("xdotool", {"key", "Return"});
+    EXPECT_TRUE(waitUntil(
+        [] {
+            return ctl({"todo", "list"}).out.contains("Post letters");
+        },
+        3000))
+        << ctl({"todo", "list"}).out.toStdString();
+    x.run("xdotool", {"key", "Escape"});
+    EXPECT_TRUE(waitUntil([&] { return !relayShown(); }, 3000));
+    EXPECT_EQ(mode(), "tuckle");
 
     click(-95, 116); // the newest note's text
     QString tree;
