@@ -315,21 +315,13 @@ std::optional<qint64> idOf(const QString& text)
 }
 } // namespace
 
-std::optional<qint64> ScriptingService::noteNamed(const QString& id)
+std::optional<qint64> ScriptingService::named(Kind kind, const QString& id)
 {
     const auto number = idOf(id);
-    if (number && m_delegate->notes()->note(*number))
+    const NotesManager& notes = *m_delegate->notes();
+    if (number && (kind == Kind::note ? notes.note(*number) != nullptr : notes.todo(*number) != nullptr))
         return number;
-    fail(QStringLiteral("No note %1.").arg(id));
-    return std::nullopt;
-}
-
-std::optional<qint64> ScriptingService::todoNamed(const QString& id)
-{
-    const auto number = idOf(id);
-    if (number && m_delegate->notes()->todo(*number))
-        return number;
-    fail(QStringLiteral("No to-do %1.").arg(id));
+    fail((kind == Kind::note ? QStringLiteral("No note %1.") : QStringLiteral("No to-do %1.")).arg(id));
     return std::nullopt;
 }
 
@@ -354,7 +346,7 @@ QString ScriptingService::NoteShow(const QString& id)
 {
     if (!ready())
         return {};
-    const auto number = noteNamed(id);
+    const auto number = named(Kind::note, id);
     return number ? indented(m_delegate->notes()->noteJson(*m_delegate->notes()->note(*number))) : QString();
 }
 
@@ -375,7 +367,7 @@ void ScriptingService::NoteRemove(const QString& id)
 {
     if (!ready())
         return;
-    if (const auto number = noteNamed(id))
+    if (const auto number = named(Kind::note, id))
         m_delegate->notes()->removeNote(*number, replyWhenSaved());
 }
 
@@ -399,7 +391,7 @@ void ScriptingService::TodoSetDone(const QString& id, bool done)
 {
     if (!ready())
         return;
-    if (const auto number = todoNamed(id))
+    if (const auto number = named(Kind::todo, id))
         m_delegate->notes()->setTodoDone(*number, done, replyWhenSaved());
 }
 
@@ -407,7 +399,7 @@ void ScriptingService::TodoRemove(const QString& id)
 {
     if (!ready())
         return;
-    if (const auto number = todoNamed(id))
+    if (const auto number = named(Kind::todo, id))
         m_delegate->notes()->removeTodo(*number, replyWhenSaved());
 }
 

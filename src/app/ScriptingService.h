@@ -86,8 +86,8 @@ private:
     void failOn(const std::optional<QString>& error);
     void fail(const QString& message);
     // The number of the note or to-do that `id` names; without one, the call fails.
-    std::optional<qint64> noteNamed(const QString& id);
-    std::optional<qint64> todoNamed(const QString& id);
+    enum class Kind { note, todo };
+    std::optional<qint64> named(Kind kind, const QString& id);
 
     AppDelegate* m_delegate = nullptr;
 };
