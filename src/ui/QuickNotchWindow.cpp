@@ -121,14 +121,16 @@ QuickNotchWindow::QuickNotchWindow(const NotchWindowSetup& setup, QQmlEngine& en
 void QuickNotchWindow::followTyping()
 {
     // Typing in the panel (a text field has the keyboard) may keep it open.
+    if (!m_gestures || !m_view)
+        return;
     const bool hasKeyboard = m_view->isActive() || (m_keyRelay && m_keyRelay->isVisible());
-    if (m_gestures)
-        m_gestures->setEditingText(hasKeyboard && isEditingText());
+    m_gestures->setEditingText(hasKeyboard && isEditingText());
 }
 
 void QuickNotchWindow::followTextFocus()
 {
-    if (takesKeyboard())
+    // Also called while the view goes, as its focus goes with it.
+    if (!m_view || takesKeyboard())
         return;
     const bool relaying = m_keyRelay && m_keyRelay->isVisible();
     if (!isEditingText()) {
