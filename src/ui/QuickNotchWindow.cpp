@@ -3,8 +3,9 @@
 #include "KeyRelayWindow.h"
 #include "NotchShape.h"
 
-#include "notch/NotchGeometry.h"
+#include "notch/KelvaneState.h"
 #include "notch/NotchController.h"
+#include "notch/NotchGeometry.h"
 #include "notch/NotchGestures.h"
 #include "notch/NotchViewModel.h"
 #include "notch/WindowsManager.h"
@@ -108,6 +109,12 @@ QuickNotchWindow::QuickNotchWindow(const NotchWindowSetup& setup, QQmlEngine& en
         followTyping();
     });
     connect(m_view.get(), &QWindow::activeChanged, this, &QuickNotchWindow::followTyping);
+    // The panel stays built when it closes, with its field's focus: typing ends with it.
+    if (setup.kelvane)
+        connect(setup.kelvane, &KelvaneState::modeChanged, this, [this, state = setup.kelvane] {
+            if (state->mode() == KelvaneState::Mode::closed)
+                endKeyRelay();
+        });
     connect(m_view.get(), &QWindow::activeChanged, this, [this] {
         const bool active = m_view->isActive();
         if (m_wasActive && !active && m_resignKey)

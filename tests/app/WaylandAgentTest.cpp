@@ -317,6 +317,14 @@ TEST(WaylandAgent, UnderSwayTextFieldsKeepThePanelOpenAndGetTheirKeysThroughAMan
     x.run("xdotool", {"key", "Escape"});
     EXPECT_TRUE(waitUntil([&] { return !relayShown(); }, 3000));
     EXPECT_EQ(mode(), "tuckle");
+    // The panel closed while typing takes the relay with it; opened again, all is as before.
+    click(124, 139);
+    EXPECT_TRUE(waitUntil(relayShown, 3000));
+    ASSERT_EQ(ctl({"close"}).status, 0);
+    EXPECT_TRUE(waitUntil([&] { return !relayShown(); }, 3000)) << "the relay outlived the panel";
+    ASSERT_EQ(ctl({"open", "tuckle"}).status, 0);
+    ASSERT_TRUE(waitUntil([&] { return mode() == "tuckle"; }, 5000));
+    QThread::msleep(500);
 
     click(-95, 116); // the newest note's text
     QString tree;
